@@ -1,0 +1,194 @@
+#include "TroviCore/Coding.h"
+
+#include <cmath>
+#include <concepts>
+
+#include "Fields.h"
+#include "ISO8601.h"
+#include "JSON.h"
+#include "Unicode.h"
+
+namespace trovi {
+namespace {
+
+using platform::JSONNumber;
+using platform::JSONObject;
+using platform::JSONValue;
+
+void encodeField(KeyedEncoder& encoder, std::string_view key, const std::string& text) {
+  encoder.encodeText(key, text);
+}
+void encodeField(KeyedEncoder& encoder, std::string_view key, std::int64_t integer) {
+  encoder.encodeInteger(key, integer);
+}
+void encodeField(KeyedEncoder& encoder, std::string_view key, double number) {
+  encoder.encodeNumber(key, number);
+}
+void encodeField(KeyedEncoder& encoder, std::string_view key, Date date) {
+  encoder.encodeDate(key, date);
+}
+void encodeField(KeyedEncoder& encoder, std::string_view key, RecadoStatus status) {
+  encoder.encodeText(key, rawValue(status));
+}
+template <class Value>
+void encodeField(KeyedEncoder& encoder, std::string_view key, const std::optional<Value>& value) {
+  if (value) encodeField(encoder, key, *value);
+}
+
+void decodeField(const KeyedDecoder& decoder, std::string_view key, std::string& text) {
+  text = decoder.decodeText(key);
+}
+void decodeField(const KeyedDecoder& decoder, std::string_view key, std::int64_t& integer) {
+  integer = decoder.decodeInteger(key);
+}
+void decodeField(const KeyedDecoder& decoder, std::string_view key, double& number) {
+  number = decoder.decodeNumber(key);
+}
+void decodeField(const KeyedDecoder& decoder, std::string_view key, Date& date) {
+  date = decoder.decodeDate(key);
+}
+void decodeField(const KeyedDecoder& decoder, std::string_view key, RecadoStatus& status) {
+  const std::string text = decoder.decodeText(key);
+  const auto found = fromRawValue<RecadoStatus>(text);
+  if (!found) throw CodingError(std::string(key), "no status is called \"" + text + "\"");
+  status = *found;
+}
+template <class Value>
+void decodeField(const KeyedDecoder& decoder, std::string_view key, std::optional<Value>& value) {
+  if (decoder.contains(key)) decodeField(decoder, key, value.emplace());
+}
+
+template <class Record>
+void encodeFields(const Record& record, KeyedEncoder& encoder) {
+  visitFields(record,
+              [&](std::string_view key, const auto& field) { encodeField(encoder, key, field); });
+}
+
+template <class Record>
+Record decodedFields(const KeyedDecoder& decoder) {
+  Record record{};
+  visitFields(record, [&](std::string_view key, auto& field) { decodeField(decoder, key, field); });
+  return record;
+}
+
+class JSONObjectEncoder : public KeyedEncoder {
+ public:
+  explicit JSONObjectEncoder(JSONDates dates) : dates_(dates) {}
+
+  std::string text() const {
+    platform::TextBuffer text;
+    platform::appendJSON(text, object_);
+    return std::string(text.view());
+  }
+
+  void encodeText(std::string_view key, std::string_view value) override {
+    object_.set(std::string(key), platform::repairedUTF8(value));
+  }
+  void encodeInteger(std::string_view key, std::int64_t value) override {
+    object_.set(std::string(key), value);
+  }
+  void encodeNumber(std::string_view key, double value) override {
+    if (!std::isfinite(value)) throw CodingError(std::string(key), "not a finite number");
+    object_.set(std::string(key), JSONNumber::from(value));
+  }
+  void encodeDate(std::string_view key, Date value) override {
+    if (dates_ == JSONDates::secondsSince1970) {
+      encodeNumber(key, secondsSince1970(value));
+    } else if (std::isfinite(secondsSince1970(value))) {
+      encodeText(key, platform::internetDateTime(value));
+    } else {
+      throw CodingError(std::string(key), "not a finite date");
+    }
+  }
+
+ private:
+  JSONDates dates_;
+  JSONObject object_;
+};
+
+class JSONObjectDecoder : public KeyedDecoder {
+ public:
+  JSONObjectDecoder(std::string_view text, JSONDates dates) : dates_(dates) {
+    const auto value = platform::parseJSON(platform::repairedUTF8(text));
+    if (!value) throw CodingError("", "not a JSON text");
+    if (value->object() == nullptr) throw CodingError("", "not a JSON object");
+    object_ = *value->object();
+  }
+
+  bool contains(std::string_view key) const override {
+    const JSONValue* value = object_.find(key);
+    return value != nullptr && !value->isNull();
+  }
+  std::string decodeText(std::string_view key) const override {
+    if (const std::string* text = member(key).text()) return *text;
+    throw CodingError(std::string(key), "not a text");
+  }
+  std::int64_t decodeInteger(std::string_view key) const override {
+    const JSONNumber* number = member(key).number();
+    if (const auto integer = number != nullptr ? number->integer() : std::nullopt) return *integer;
+    throw CodingError(std::string(key), "not an integer of 64 bits");
+  }
+  double decodeNumber(std::string_view key) const override {
+    const JSONNumber* number = member(key).number();
+    if (const auto real = number != nullptr ? number->real() : std::nullopt) return *real;
+    throw CodingError(std::string(key), "not a number in the range of a double");
+  }
+  Date decodeDate(std::string_view key) const override {
+    if (dates_ == JSONDates::secondsSince1970) return dateSince1970(decodeNumber(key));
+    if (const auto date = platform::instantFrom(decodeText(key))) return *date;
+    throw CodingError(std::string(key), "not a date like 2025-06-18T14:03:22Z");
+  }
+
+ private:
+  const JSONValue& member(std::string_view key) const {
+    if (const JSONValue* value = object_.find(key)) return *value;
+    throw CodingError(std::string(key), "missing");
+  }
+
+  JSONDates dates_;
+  JSONObject object_;
+};
+
+template <class Record>
+std::string toJSONText(const Record& record, JSONDates dates) {
+  JSONObjectEncoder encoder(dates);
+  encode(record, encoder);
+  return encoder.text();
+}
+
+}  // namespace
+
+CodingError::CodingError(const std::string& key, const std::string& reason)
+    : std::runtime_error(key.empty() ? reason : key + ": " + reason), key_(key), reason_(reason) {}
+
+void encode(const Destino& destino, KeyedEncoder& encoder) { encodeFields(destino, encoder); }
+
+void encode(const Recado& recado, KeyedEncoder& encoder) { encodeFields(recado, encoder); }
+
+template <>
+Destino decode<Destino>(const KeyedDecoder& decoder) {
+  return decodedFields<Destino>(decoder);
+}
+
+template <>
+Recado decode<Recado>(const KeyedDecoder& decoder) {
+  return decodedFields<Recado>(decoder);
+}
+
+std::string toJSON(const Destino& destino) {
+  return toJSONText(destino, JSONDates::secondsSince1970);
+}
+
+std::string toJSON(const Recado& recado, JSONDates dates) { return toJSONText(recado, dates); }
+
+template <>
+Destino fromJSON<Destino>(std::string_view text, JSONDates dates) {
+  return decode<Destino>(JSONObjectDecoder(text, dates));
+}
+
+template <>
+Recado fromJSON<Recado>(std::string_view text, JSONDates dates) {
+  return decode<Recado>(JSONObjectDecoder(text, dates));
+}
+
+}  // namespace trovi

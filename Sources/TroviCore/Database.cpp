@@ -1,0 +1,240 @@
+#include "TroviCore/Database.h"
+
+#include <sqlite3.h>
+
+#include "SerialQueue.h"
+#include "Unicode.h"
+
+namespace trovi {
+namespace {
+
+struct ConnectionCloser {
+  void operator()(sqlite3* handle) const { sqlite3_close(handle); }
+};
+struct StatementFinalizer {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+struct MessageFreer {
+  void operator()(char* message) const { sqlite3_free(message); }
+};
+using Handle = std::unique_ptr<sqlite3, ConnectionCloser>;
+using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
+using Message = std::unique_ptr<char, MessageFreer>;
+
+/// SQLite's message, which may quote damaged bytes of the file.
+std::string readable(const char* message) {
+  return message != nullptr ? platform::repairedUTF8(message) : "desconhecido";
+}
+
+void bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
+  // A parameter too many, or a text too long, is refused by SQLite here; the placeholder, if there
+  // is one, stays null.
+  if (const auto* text = value.asText()) {
+    sqlite3_bind_text(statement, index, text->c_str(), -1, SQLITE_TRANSIENT);
+  } else if (const auto* real = value.asReal()) {
+    sqlite3_bind_double(statement, index, *real);
+  } else if (const auto* integer = value.asInteger()) {
+    sqlite3_bind_int64(statement, index, *integer);
+  } else {
+    sqlite3_bind_null(statement, index);
+  }
+}
+
+/// The value in a column, which is looked at once: each look locks the connection.
+SQLValue column(sqlite3_stmt* statement, int index) {
+  switch (sqlite3_column_type(statement, index)) {
+    case SQLITE_INTEGER: return SQLValue::integer(sqlite3_column_int64(statement, index));
+    case SQLITE_FLOAT: return SQLValue::real(sqlite3_column_double(statement, index));
+    case SQLITE_TEXT: {
+      const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, index));
+      return text != nullptr ? SQLValue::text(platform::repairedUTF8(text)) : SQLValue::null();
+    }
+    default: return SQLValue::null();
+  }
+}
+
+std::shared_ptr<const Row::Names> columnNames(sqlite3_stmt* statement) {
+  auto names = std::make_shared<Row::Names>();
+  const int count = sqlite3_column_count(statement);
+  names->reserve(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const char* name = sqlite3_column_name(statement, i);
+    names->emplace_back(name != nullptr ? name : "");  // null: SQLite is out of memory
+  }
+  return names;
+}
+
+}  // namespace
+
+SQLValue SQLValue::from(std::optional<std::string> value) {
+  return value ? text(*std::move(value)) : null();
+}
+
+SQLValue SQLValue::from(std::optional<double> value) { return value ? real(*value) : null(); }
+
+SQLValue SQLValue::from(std::optional<Date> value) {
+  return value ? real(secondsSince1970(*value)) : null();
+}
+
+Row::Row(std::shared_ptr<const Names> names, std::vector<SQLValue> values)
+    : names_(std::move(names)), values_(std::move(values)) {}
+
+Row::Row(std::initializer_list<std::pair<std::string, SQLValue>> columns) {
+  auto names = std::make_shared<Names>();
+  for (const auto& [name, value] : columns) {
+    names->push_back(name);
+    values_.push_back(value);
+  }
+  names_ = std::move(names);
+}
+
+std::size_t Row::position(std::string_view column) const {
+  std::size_t i = values_.size();
+  while (i > 0 && (*names_)[i - 1] != column) --i;
+  return i;
+}
+
+const SQLValue* Row::find(std::string_view column) const {
+  const std::size_t i = position(column);
+  return i > 0 ? &values_[i - 1] : nullptr;
+}
+
+std::optional<std::string> Row::stringValue(std::string_view column) const {
+  const SQLValue* value = find(column);
+  const std::string* text = value != nullptr ? value->asText() : nullptr;
+  return text != nullptr ? std::optional(*text) : std::nullopt;
+}
+
+std::optional<double> Row::doubleValue(std::string_view column) const {
+  const SQLValue* value = find(column);
+  if (value == nullptr) return {};
+  if (const auto* real = value->asReal()) return *real;
+  if (const auto* integer = value->asInteger()) return static_cast<double>(*integer);
+  return {};
+}
+
+std::optional<std::int64_t> Row::intValue(std::string_view column) const {
+  const SQLValue* value = find(column);
+  if (value == nullptr) return {};
+  if (const auto* integer = value->asInteger()) return *integer;
+  const auto* real = value->asReal();
+  if (real == nullptr || !(*real >= -0x1p63 && *real < 0x1p63)) return {};
+  return static_cast<std::int64_t>(*real);
+}
+
+std::optional<Date> Row::dateValue(std::string_view column) const {
+  const auto seconds = doubleValue(column);
+  return seconds ? std::optional(dateSince1970(*seconds)) : std::nullopt;
+}
+
+std::optional<std::string> Row::takeString(std::string_view column) {
+  const std::size_t i = position(column);
+  std::string* text = i > 0 ? values_[i - 1].asText() : nullptr;
+  return text != nullptr ? std::optional(std::move(*text)) : std::nullopt;
+}
+
+DatabaseError::DatabaseError(Kind kind, const std::string& description)
+    : std::runtime_error(description), kind_(kind) {}
+
+DatabaseError DatabaseError::open(const std::string& message) {
+  return {Kind::open, "Não abri o banco: " + message};
+}
+
+DatabaseError DatabaseError::query(const std::string& message) {
+  return {Kind::query, "Erro no banco: " + message};
+}
+
+class Database::Connection {
+ public:
+  explicit Connection(const std::filesystem::path& path) {
+    // Absolute, since SQLite takes "" for a private file, ":memory:" for none and "file:" for a
+    // URI.
+    std::error_code noWorkingFolder;
+    const auto absolute = std::filesystem::current_path(noWorkingFolder) / path;
+    sqlite3* opened = nullptr;
+    const int code = sqlite3_open_v2(
+        absolute.c_str(), &opened,
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, nullptr);
+    handle_.reset(opened);
+    if (code != SQLITE_OK) {
+      throw DatabaseError::open(readable(opened != nullptr ? sqlite3_errmsg(opened) : nullptr));
+    }
+    constexpr int patience = 4000;  // milliseconds
+    sqlite3_busy_timeout(opened, patience);
+    execute("PRAGMA journal_mode=WAL;");
+    execute("PRAGMA foreign_keys=ON;");
+  }
+
+  void execute(const std::string& script) {
+    queue_.sync([&] {
+      char* text = nullptr;
+      const int code = sqlite3_exec(handle_.get(), script.c_str(), nullptr, nullptr, &text);
+      const Message message(text);
+      if (code != SQLITE_OK) throw DatabaseError::query(readable(text));
+    });
+  }
+
+  std::int64_t run(const std::string& sql, const std::vector<SQLValue>& parameters) {
+    return queue_.sync([&] {
+      const Statement statement = prepare(sql, parameters);
+      const int code = sqlite3_step(statement.get());
+      if (code != SQLITE_ROW && code != SQLITE_DONE) throw failure();
+      return std::int64_t{sqlite3_changes(handle_.get())};
+    });
+  }
+
+  std::vector<Row> query(const std::string& sql, const std::vector<SQLValue>& parameters) {
+    return queue_.sync([&] {
+      const Statement statement = prepare(sql, parameters);
+      std::vector<Row> rows;
+      std::shared_ptr<const Row::Names> names;
+      for (;;) {
+        const int code = sqlite3_step(statement.get());
+        if (code == SQLITE_DONE) return rows;
+        if (code != SQLITE_ROW) throw failure();
+        if (!names) names = columnNames(statement.get());
+        std::vector<SQLValue> values;
+        values.reserve(names->size());
+        for (std::size_t i = 0; i < names->size(); ++i) {
+          values.push_back(column(statement.get(), static_cast<int>(i)));
+        }
+        rows.emplace_back(names, std::move(values));
+      }
+    });
+  }
+
+ private:
+  Statement prepare(const std::string& sql, const std::vector<SQLValue>& parameters) {
+    sqlite3_stmt* prepared = nullptr;
+    const int code = sqlite3_prepare_v2(handle_.get(), sql.c_str(), -1, &prepared, nullptr);
+    Statement statement(prepared);
+    if (code != SQLITE_OK) throw failure();
+    int index = 0;
+    for (const SQLValue& parameter : parameters) bind(prepared, ++index, parameter);
+    return statement;
+  }
+
+  DatabaseError failure() const {
+    return DatabaseError::query(readable(sqlite3_errmsg(handle_.get())));
+  }
+
+  Handle handle_;
+  platform::SerialQueue queue_{"trovi.database"};
+};
+
+Database::Database(const std::filesystem::path& path)
+    : connection_(std::make_unique<Connection>(path)) {}
+
+Database::~Database() = default;
+
+void Database::execute(const std::string& script) { connection_->execute(script); }
+
+std::int64_t Database::run(const std::string& sql, const std::vector<SQLValue>& parameters) {
+  return connection_->run(sql, parameters);
+}
+
+std::vector<Row> Database::query(const std::string& sql, const std::vector<SQLValue>& parameters) {
+  return connection_->query(sql, parameters);
+}
+
+}  // namespace trovi

@@ -1,0 +1,76 @@
+#include "TroviCore/Models.h"
+
+#include <algorithm>
+
+#include "Fields.h"
+
+namespace trovi {
+namespace {
+
+struct StatusTexts {
+  std::string_view rawValue, label;
+};
+
+constexpr std::array<StatusTexts, allCases<RecadoStatus>().size()> statusTexts{{
+    {"transcrevendo", "Transcrevendo"},
+    {"pendente", "Pendente"},
+    {"pego", "Pego pela IA"},
+    {"resolvido", "Resolvido"},
+    {"falhou", "Falhou"},
+}};
+
+const StatusTexts& texts(RecadoStatus status) {
+  return statusTexts.at(static_cast<std::size_t>(status));
+}
+
+struct Hash {
+  std::size_t value = 0;
+
+  template <class Field>
+  void operator()(std::string_view, const Field& field) {
+    combine(std::hash<Field>{}(field));
+  }
+  void operator()(std::string_view, Date field) { combine(hashOf(field)); }
+  void operator()(std::string_view, const std::optional<Date>& field) {
+    combine(field ? hashOf(*field) : 0);
+    combine(field.has_value());
+  }
+
+ private:
+  static std::size_t hashOf(Date date) { return std::hash<double>{}(secondsSince1970(date)); }
+  void combine(std::size_t hash) {
+    constexpr std::size_t goldenRatio = 0x9E3779B97F4A7C15;
+    value ^= hash + goldenRatio + (value << 6) + (value >> 2);
+  }
+};
+
+template <class Record>
+std::size_t hashOf(const Record& record) {
+  Hash hash;
+  visitFields(record, [&](std::string_view name, const auto& field) { hash(name, field); });
+  return hash.value;
+}
+
+}  // namespace
+
+std::string_view rawValue(RecadoStatus status) { return texts(status).rawValue; }
+
+std::string_view label(RecadoStatus status) { return texts(status).label; }
+
+template <>
+std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text) {
+  for (const RecadoStatus status : allCases<RecadoStatus>()) {
+    if (rawValue(status) == text) return status;
+  }
+  return {};
+}
+
+}  // namespace trovi
+
+std::size_t std::hash<trovi::Destino>::operator()(const trovi::Destino& destino) const {
+  return trovi::hashOf(destino);
+}
+
+std::size_t std::hash<trovi::Recado>::operator()(const trovi::Recado& recado) const {
+  return trovi::hashOf(recado);
+}

@@ -1,0 +1,137 @@
+/// @file
+/// SQLite in four types: a value, a row, an error and a connection.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "TroviCore/Date.h"
+
+namespace trovi {
+
+/// One value that is bound to a statement or read from a column. There is no blob: the file holds
+/// none, and one that is found reads as null.
+class SQLValue {
+ public:
+  static SQLValue text(std::string value) { return SQLValue(std::move(value)); }
+  static SQLValue real(double value) { return SQLValue(value); }
+  static SQLValue integer(std::int64_t value) { return SQLValue(value); }
+  static SQLValue null() { return SQLValue(std::monostate{}); }
+
+  /// The value, or null when it is absent. A date is stored as `real` seconds since 1970.
+  static SQLValue from(std::optional<std::string> value);
+  static SQLValue from(std::optional<double> value);
+  static SQLValue from(std::optional<Date> value);
+
+  // The value as one kind, or null when it is of another. The pointer lives as long as the value.
+  const std::string* asText() const { return std::get_if<std::string>(&content_); }
+  std::string* asText() { return std::get_if<std::string>(&content_); }
+  const double* asReal() const { return std::get_if<double>(&content_); }
+  const std::int64_t* asInteger() const { return std::get_if<std::int64_t>(&content_); }
+  bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
+
+ private:
+  using Content = std::variant<std::string, double, std::int64_t, std::monostate>;
+  explicit SQLValue(Content content) : content_(std::move(content)) {}
+
+  Content content_;
+};
+
+/// One row of a result: a dictionary from column name to value, a plain value. Of columns with the
+/// same name the last one counts. The rows of one result share their names.
+///
+/// The readers never throw and never convert between texts and numbers: what is missing, null or of
+/// another kind is absent, and the caller has its default.
+class Row {
+ public:
+  using Names = std::vector<std::string>;
+
+  Row(std::shared_ptr<const Names> names, std::vector<SQLValue> values);
+  Row(std::initializer_list<std::pair<std::string, SQLValue>> columns);
+
+  /// The value of a column, null included; a null pointer for a name that is not in the row.
+  const SQLValue* find(std::string_view column) const;
+
+  std::optional<std::string> stringValue(std::string_view column) const;
+  /// An integer counts as the nearest double.
+  std::optional<double> doubleValue(std::string_view column) const;
+  /// A real is truncated toward zero, and absent when it is not finite or out of range.
+  std::optional<std::int64_t> intValue(std::string_view column) const;
+  /// An integer or real as seconds since 1970-01-01 00:00:00 UTC.
+  std::optional<Date> dateValue(std::string_view column) const;
+
+  /// As stringValue, but moves the text out and leaves an unspecified one in its place.
+  std::optional<std::string> takeString(std::string_view column);
+
+ private:
+  /// One more than the index of the last column of this name, or 0.
+  std::size_t position(std::string_view column) const;
+
+  std::shared_ptr<const Names> names_;
+  std::vector<SQLValue> values_;
+};
+
+/// The one error of the storage layer. what() is its description: a Portuguese prefix that never
+/// changes, and SQLite's own message.
+class DatabaseError : public std::runtime_error {
+ public:
+  enum class Kind {
+    open,   ///< the file could not be opened
+    query,  ///< a statement failed
+  };
+  static DatabaseError open(const std::string& message);   ///< "Não abri o banco: " + message
+  static DatabaseError query(const std::string& message);  ///< "Erro no banco: " + message
+
+  Kind kind() const noexcept { return kind_; }
+  std::string description() const { return what(); }
+
+ private:
+  DatabaseError(Kind kind, const std::string& description);
+
+  Kind kind_;
+};
+
+/// A connection to one SQLite file: write-ahead logging, foreign keys on, and 4 seconds of patience
+/// with a lock that another connection holds.
+///
+/// Safe from any thread: statements run one at a time, each on its caller's thread, in order of
+/// arrival. Every statement stands for itself; there are no transactions beyond those that a script
+/// opens. Texts end at their first NUL, on the way in and out; ill-formed UTF-8 that is read
+/// becomes U+FFFD. Nothing is cached, and the connection closes with the object.
+class Database {
+ public:
+  /// Opens the file, creating it when it is missing; its folder must exist. Throws DatabaseError.
+  explicit Database(const std::filesystem::path& path);
+  ~Database();
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  /// Runs every statement of a script, binding nothing. Throws DatabaseError at the first that
+  /// fails; those before it stay applied.
+  void execute(const std::string& script);
+
+  /// Runs the first statement of `sql` with `parameters` bound to its "?" in order (those in excess
+  /// are ignored, those that lack are null), up to its first row. Returns the number of rows that
+  /// it inserted, changed or deleted itself; those that triggers change do not count. Throws
+  /// DatabaseError.
+  std::int64_t run(const std::string& sql, const std::vector<SQLValue>& parameters = {});
+
+  /// Runs the first statement of `sql` as `run` does and returns all its rows in order. Throws
+  /// DatabaseError.
+  std::vector<Row> query(const std::string& sql, const std::vector<SQLValue>& parameters = {});
+
+ private:
+  class Connection;
+  std::unique_ptr<Connection> connection_;
+};
+
+}  // namespace trovi

@@ -1,0 +1,94 @@
+/// @file
+/// The records of the inbox: plain values, copied freely, compared by all their fields.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "TroviCore/Date.h"
+
+namespace trovi {
+
+/// Where a message stands.
+enum class RecadoStatus {
+  transcrevendo,  ///< recorded, still being transcribed; can be neither claimed nor resolved
+  pendente,       ///< transcribed, waiting for an assistant
+  pego,           ///< claimed by an assistant; can be claimed again
+  resolvido,      ///< an assistant recorded a result; can be resolved again
+  falhou,         ///< marked as failed by the application; can be neither claimed nor resolved
+};
+
+/// The status as it is stored in the file, compared in SQL and shown to the assistant: "pendente".
+/// A file format: these texts never change.
+std::string_view rawValue(RecadoStatus status);
+
+/// The status as the user reads it, in Portuguese: "Pego pela IA".
+std::string_view label(RecadoStatus status);
+
+/// All cases of an enumeration in the order of their declaration.
+template <class Enumeration>
+constexpr auto allCases();
+
+template <>
+constexpr auto allCases<RecadoStatus>() {
+  using enum RecadoStatus;
+  return std::array{transcrevendo, pendente, pego, resolvido, falhou};
+}
+
+/// The case whose raw value is exactly `text`; absent for any other text, in other case or with
+/// blanks around it included.
+template <class Enumeration>
+std::optional<Enumeration> fromRawValue(std::string_view text);
+
+template <>
+std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
+
+/// A destination: a project under which messages are filed, with a standing instruction. Identified
+/// by `id`.
+struct Destino {
+  std::string id;           ///< stable, unique in the file
+  std::string name;         ///< as the user says it
+  std::string instruction;  ///< what an assistant is to do with its messages; may be empty
+  std::string colorHex;     ///< "#" and six hexadecimal digits; not validated
+  std::int64_t sort;        ///< position in lists, which go by `sort`, then by `name`
+
+  bool operator==(const Destino&) const = default;
+};
+
+/// A voice message. Identified by `id`. The record does not hold the fields of a claim or a result
+/// to its status; the operations of TroviStore do.
+struct Recado {
+  std::string id;                          ///< stable, unique in the file
+  Date createdAt;                          ///< when it was recorded
+  double duration;                         ///< length of the recording, seconds
+  std::optional<std::string> audioPath{};  ///< the recording; removed together with the message
+  std::string transcript;                  ///< the speech; may be empty
+  std::string title;                       ///< short, derived from the transcript
+  std::optional<std::string> destinoID{};  ///< `id` of its Destino; absent when unfiled
+  RecadoStatus status;                     ///< where it stands
+  std::optional<std::string> claimedBy{};  ///< who claimed or resolved it
+  std::optional<Date> claimedAt{};         ///< when it was claimed
+  std::optional<std::string> result{};     ///< what the assistant did
+  std::optional<Date> resolvedAt{};        ///< when it was resolved
+  std::optional<std::string> language{};   ///< language of the transcript
+
+  bool operator==(const Recado&) const = default;
+};
+
+}  // namespace trovi
+
+/// Combines all fields in the order of their declaration; equal records have equal hashes.
+template <>
+struct std::hash<trovi::Destino> {
+  std::size_t operator()(const trovi::Destino& destino) const;
+};
+
+template <>
+struct std::hash<trovi::Recado> {
+  std::size_t operator()(const trovi::Recado& recado) const;
+};

@@ -1,0 +1,153 @@
+/// @file
+/// The inbox.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "TroviCore/Database.h"
+#include "TroviCore/Models.h"
+
+namespace trovi {
+
+/// Which messages `TroviStore::recados` lists; an absent condition admits all.
+struct RecadoFilter {
+  std::optional<RecadoStatus> status{};
+  std::optional<std::string> destinoID{};
+  /// A text anywhere in the transcript, the title or the result. ASCII letters match in either
+  /// case;
+  /// "%" and "_" are wildcards. A text of blanks only is no condition.
+  std::optional<std::string> search{};
+  std::int64_t limit;  ///< at most this many; negative: all
+};
+
+struct RecadoClaim {
+  std::string id;
+  std::string by;  ///< who claims
+};
+
+struct RecadoResolution {
+  std::string id;
+  std::string result;               ///< what was done
+  std::optional<std::string> by{};  ///< who resolves; absent: the claimer stays
+};
+
+struct FinishedTranscription {
+  std::string id;
+  std::string transcript;
+  std::string title;
+  std::optional<std::string> destinoID{};  ///< absent: unfiled
+  std::optional<std::string> language{};   ///< absent: cleared
+};
+
+struct RecadoFiling {
+  std::string id;
+  std::optional<std::string> destinoID{};  ///< absent: unfiled
+};
+
+/// The inbox in one SQLite file, shared with any other process that has the file open.
+///
+/// Every operation but the static ones may throw DatabaseError. Each is one SQL statement, or as
+/// many as it says, and what succeeded before a failure stays. An id that names nothing is not an
+/// error, and no argument is validated. Triggers in the file keep the books of the synchroniser,
+/// whichever process makes a change.
+///
+/// Safe from any thread; statements run one at a time (see Database). Another thread's or process's
+/// statement may come between the two of one operation.
+class TroviStore {
+ public:
+  /// Opens the file and brings it to the current layout: creates what is missing, adds the columns
+  /// and triggers of the synchroniser to a file of the earlier layout, and seeds three destinations
+  /// once in the life of a file.
+  explicit TroviStore(const std::filesystem::path& path);
+
+  Database& db() { return db_; }  ///< the store's connection, which lives as long as the store
+
+  /// @name Messages
+  /// @{
+
+  /// The record in a row of the table `recado`. What is missing or of the wrong kind takes a
+  /// default: an empty text, 0, the current time for `createdAt`, `pendente`, or absent.
+  static Recado recadoFrom(Row row);
+
+  /// The message with this id.
+  std::optional<Recado> recado(const std::string& id);
+
+  /// The messages that meet all conditions, newest first.
+  std::vector<Recado> recados(const RecadoFilter& filter);
+
+  /// How many messages stand where; a status without messages is left out.
+  std::unordered_map<RecadoStatus, std::int64_t> counts();
+
+  /// How many messages were recorded since the current month began in the user's time zone.
+  std::int64_t countThisMonth();
+
+  /// Adds a message. An id that is taken is an error and changes nothing.
+  void insert(const Recado& recado);
+
+  /// Stores what a transcription yielded and makes the message `pendente`, whatever it was.
+  void finishTranscription(const FinishedTranscription& finished);
+
+  /// Sets the status, and the title if one is given. Nothing else changes: no claim, no result.
+  void setStatus(const std::string& id, RecadoStatus status,
+                 const std::optional<std::string>& title = {});
+
+  void setDestino(const RecadoFiling& filing);
+
+  /// The file itself is not touched.
+  void setAudioPath(const std::string& id, const std::optional<std::string>& path);
+
+  /// Makes a message `pego` that is `pendente` or `pego`, and returns it as it then stands: an
+  /// UPDATE, then a read. Absent, with nothing changed, when the id is unknown or the status
+  /// refuses.
+  std::optional<Recado> claim(const RecadoClaim& claim);
+
+  /// Makes a message `resolvido` that is `pendente`, `pego` or `resolvido`, and returns it as it
+  /// then stands: an UPDATE, then a read. Absent, with nothing changed, when the id is unknown or
+  /// the status refuses. A message that was never claimed counts as claimed now.
+  std::optional<Recado> resolve(const RecadoResolution& resolution);
+
+  /// Makes a message `pendente` again, whatever it was, without claim and result.
+  void reopen(const std::string& id);
+
+  /// Removes the message's audio file, if it has one and that can be done, then the message.
+  void deleteRecado(const std::string& id);
+
+  /// @}
+  /// @name Destinations
+  /// @{
+
+  /// The record in a row of the table `destino`. What is missing or of the wrong kind takes a
+  /// default: a new id, an empty text, "#FF6A1C" or 0.
+  static Destino destinoFrom(const Row& row);
+
+  /// Adds a destination, or overwrites the one with its id.
+  void saveDestino(const Destino& destino);
+
+  /// All destinations by `sort`, then by the bytes of their `name`.
+  std::vector<Destino> destinos();
+
+  /// The destination with this id; absent, without a look at the file, when there is no id.
+  std::optional<Destino> destino(const std::optional<std::string>& id);
+
+  /// The first destination in list order that bears this name, whatever the case and the accents.
+  /// Blanks around the given name do not count; those of a stored name do.
+  std::optional<Destino> destinoNamed(const std::string& name);
+
+  /// Unfiles the destination's messages, then removes it.
+  void deleteDestino(const std::string& id);
+
+  /// @}
+
+ private:
+  void migrate();
+  void migrateSync();
+
+  Database db_;
+};
+
+}  // namespace trovi

@@ -1,0 +1,25 @@
+#include "Calendar.h"
+
+namespace trovi::platform {
+
+std::time_t startOfMonth(std::time_t now) {
+  tzset();
+  std::tm wanted{};
+  if (localtime_r(&now, &wanted) == nullptr) return now;
+  const auto inMonth = [&](std::time_t instant) {
+    std::tm local{};
+    return localtime_r(&instant, &local) != nullptr && local.tm_year == wanted.tm_year &&
+           local.tm_mon == wanted.tm_mon;
+  };
+  // Not mktime: where a zone skips or repeats the midnight of the 1st, its answer is wrong.
+  constexpr std::time_t day = 86400;
+  std::time_t before = now - (wanted.tm_mday + 2) * day;
+  std::time_t first = now;
+  while (first - before > 1) {
+    const std::time_t middle = before + (first - before) / 2;
+    (inMonth(middle) ? first : before) = middle;
+  }
+  return first;
+}
+
+}  // namespace trovi::platform

@@ -1,0 +1,16 @@
+#include "Descriptors.h"
+
+#include <poll.h>
+
+#include <cerrno>
+
+namespace trovi::platform {
+
+bool worthRetrying(int descriptor, short events) {
+  if (errno == EINTR) return true;
+  if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
+  pollfd waiting{.fd = descriptor, .events = events, .revents = 0};
+  return poll(&waiting, 1, -1) > 0 || errno == EINTR;
+}
+
+}  // namespace trovi::platform

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace trovi::platform {
+
+using Instant = std::chrono::sys_time<std::chrono::duration<double>>;
+
+/// `instant` as "2025-06-18T14:03:22Z", a fraction of the second dropped downwards. Instants
+/// outside the years 0000 to 9999 take the nearest text, NaN that of 1970-01-01.
+std::string internetDateTime(Instant instant);
+
+/// The instant that such a text names, or absent when it is not exactly of this form.
+std::optional<Instant> instantFrom(std::string_view internetDateTime);
+
+}  // namespace trovi::platform

@@ -1,0 +1,123 @@
+// JSON values, their reader and their writer.
+//
+// A value is plain: copied freely, compared by content. Arrays and objects are shared once they are
+// inside a value and never change there, so a copy costs a reference count however large it is.
+// Numbers keep the digits they were written with: an integer of any length comes back as it came.
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "TextBuffer.h"
+
+namespace trovi::platform {
+
+class JSONObject;
+class JSONValue;
+using JSONArray = std::vector<JSONValue>;
+
+/// A number as it stands in a JSON text, digit for digit.
+struct JSONNumber {
+  std::string literal;
+
+  /// The value, when it is a whole number of the signed 64-bit range: 7, 7.0 and 70e-1 are 7.
+  std::optional<std::int64_t> integer() const;
+  /// The nearest double, or absent beyond the range of a double.
+  std::optional<double> real() const;
+  /// The shortest of the usual forms that reads back as `value`, which must be finite.
+  static JSONNumber from(double value);
+
+  bool operator==(const JSONNumber&) const = default;
+};
+
+class JSONValue {
+ public:
+  JSONValue() = default;  ///< null
+  JSONValue(std::nullptr_t) {}
+  JSONValue(std::same_as<bool> auto value) : content_(value) {}
+  JSONValue(std::int64_t value) : content_(JSONNumber{std::to_string(value)}) {}
+  JSONValue(int value) : JSONValue(std::int64_t{value}) {}
+  JSONValue(JSONNumber value) : content_(std::move(value)) {}
+  JSONValue(std::string text) : content_(std::move(text)) {}
+  JSONValue(std::string_view text) : content_(std::string(text)) {}
+  JSONValue(const char* text) : content_(std::string(text)) {}
+  JSONValue(JSONArray array);
+  JSONValue(JSONObject object);
+
+  // The value as one kind, or null when it is of another. The pointer lives as long as the value.
+  bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
+  const bool* boolean() const { return std::get_if<bool>(&content_); }
+  const JSONNumber* number() const { return std::get_if<JSONNumber>(&content_); }
+  const std::string* text() const { return std::get_if<std::string>(&content_); }
+  const JSONArray* array() const { return shared<JSONArray>(); }
+  const JSONObject* object() const { return shared<JSONObject>(); }
+
+  friend bool operator==(const JSONValue& left, const JSONValue& right);
+
+ private:
+  template <class Container>
+  const Container* shared() const {
+    const auto* held = std::get_if<std::shared_ptr<const Container>>(&content_);
+    return held != nullptr ? held->get() : nullptr;
+  }
+
+  std::variant<std::monostate, bool, JSONNumber, std::string, std::shared_ptr<const JSONArray>,
+               std::shared_ptr<const JSONObject>>
+      content_;
+};
+
+/// Members in ascending order of their keys' bytes, which is also the order of their characters.
+class JSONObject {
+ public:
+  using Member = std::pair<std::string, JSONValue>;
+
+  JSONObject() = default;
+  /// Of members with the same key the last one counts.
+  explicit JSONObject(std::vector<Member> members);
+  JSONObject(std::initializer_list<Member> members) : JSONObject(std::vector<Member>(members)) {}
+
+  /// Makes room for this many members.
+  void reserve(std::size_t count) { members_.reserve(count); }
+
+  /// Adds a member, or replaces the one with this key. Ascending keys are the quickest.
+  void set(std::string key, JSONValue value);
+
+  // A member, or absent when it is missing or of another kind.
+  const JSONValue* find(std::string_view key) const;
+  std::optional<std::string_view> text(std::string_view key) const;
+  std::optional<std::int64_t> integer(std::string_view key) const;
+  const JSONObject* object(std::string_view key) const;
+
+  auto begin() const { return members_.begin(); }
+  auto end() const { return members_.end(); }
+  std::size_t size() const { return members_.size(); }
+  bool empty() const { return members_.empty(); }
+
+  bool operator==(const JSONObject&) const = default;
+
+ private:
+  std::vector<Member> members_;
+};
+
+/// Reads one JSON text (RFC 8259) that is valid UTF-8. Absent when it is malformed: trailing
+/// characters, a lone surrogate escape and more than 512 nested levels are malformed too. A number
+/// may have any size.
+std::optional<JSONValue> parseJSON(std::string_view text);
+
+/// Appends `object` without any white space. "/" and non-ASCII characters stand as themselves.
+void appendJSON(TextBuffer& out, const JSONObject& object);
+
+/// `value` with its members on lines of their own, two blanks a level, `"key": value`, `[]` and
+/// `{}` when empty.
+std::string prettyJSON(const JSONValue& value);
+
+}  // namespace trovi::platform

@@ -1,0 +1,202 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "ByteScan.h"
+#include "JSON.h"
+
+namespace trovi::platform {
+namespace {
+
+bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isHighSurrogate(unsigned unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool isLowSurrogate(unsigned unit) { return unit >= 0xDC00 && unit < 0xE000; }
+
+void appendUTF8(std::string& out, unsigned scalar) {
+  const auto byte = [&](unsigned value) { out += static_cast<char>(value); };
+  if (scalar < 0x80) {
+    byte(scalar);
+  } else if (scalar < 0x800) {
+    byte(0xC0 | (scalar >> 6));
+    byte(0x80 | (scalar & 0x3F));
+  } else if (scalar < 0x10000) {
+    byte(0xE0 | (scalar >> 12));
+    byte(0x80 | ((scalar >> 6) & 0x3F));
+    byte(0x80 | (scalar & 0x3F));
+  } else {
+    byte(0xF0 | (scalar >> 18));
+    byte(0x80 | ((scalar >> 12) & 0x3F));
+    byte(0x80 | ((scalar >> 6) & 0x3F));
+    byte(0x80 | (scalar & 0x3F));
+  }
+}
+
+/// Recursive descent, one function a rule of the grammar. Each returns false at the first fault.
+class Reader {
+ public:
+  explicit Reader(std::string_view text) : rest_(text) {}
+
+  bool document(JSONValue& out) {
+    skipSpace();
+    if (!value(out)) return false;
+    skipSpace();
+    return rest_.empty();
+  }
+
+ private:
+  static constexpr int maxDepth = 512;
+
+  bool at(char c) const { return !rest_.empty() && rest_.front() == c; }
+  bool take(char c) {
+    if (!at(c)) return false;
+    rest_.remove_prefix(1);
+    return true;
+  }
+  bool takeWord(std::string_view word) {
+    if (!rest_.starts_with(word)) return false;
+    rest_.remove_prefix(word.size());
+    return true;
+  }
+  void skipSpace() {
+    while (!rest_.empty() && isSpace(rest_.front())) rest_.remove_prefix(1);
+  }
+  std::size_t digits() {
+    const auto end = std::find_if_not(rest_.begin(), rest_.end(), isDigit);
+    const auto count = static_cast<std::size_t>(end - rest_.begin());
+    rest_.remove_prefix(count);
+    return count;
+  }
+
+  bool value(JSONValue& out) {
+    if (rest_.empty()) return false;
+    switch (rest_.front()) {
+      case '{': return nested([&] { return object(out); });
+      case '[': return nested([&] { return array(out); });
+      case '"': return text(out);
+      case 't': out = true; return takeWord("true");
+      case 'f': out = false; return takeWord("false");
+      case 'n': out = nullptr; return takeWord("null");
+      default: return number(out);
+    }
+  }
+
+  template <class Rule>
+  bool nested(const Rule& rule) {
+    if (depth_ == maxDepth) return false;
+    ++depth_;
+    rest_.remove_prefix(1);
+    skipSpace();
+    const bool good = rule();
+    --depth_;
+    return good;
+  }
+
+  /// What follows an element: another one, or the end of the container.
+  bool separator(char close, bool& done) {
+    skipSpace();
+    done = take(close);
+    if (done) return true;
+    if (!take(',')) return false;
+    skipSpace();
+    return true;
+  }
+
+  bool object(JSONValue& out) {
+    std::vector<JSONObject::Member> members;
+    members.reserve(4);  // as many as a request has
+    for (bool done = take('}'); !done;) {
+      auto& [key, member] = members.emplace_back();
+      if (!string(key)) return false;
+      skipSpace();
+      if (!take(':')) return false;
+      skipSpace();
+      if (!value(member) || !separator('}', done)) return false;
+    }
+    out = JSONObject(std::move(members));
+    return true;
+  }
+
+  bool array(JSONValue& out) {
+    JSONArray elements;
+    for (bool done = take(']'); !done;) {
+      if (!value(elements.emplace_back()) || !separator(']', done)) return false;
+    }
+    out = std::move(elements);
+    return true;
+  }
+
+  bool number(JSONValue& out) {
+    const std::string_view start = rest_;
+    take('-');
+    if (!take('0') && digits() == 0) return false;
+    if (take('.') && digits() == 0) return false;
+    if (take('e') || take('E')) {
+      if (!take('+')) take('-');
+      if (digits() == 0) return false;
+    }
+    out = JSONNumber{std::string(start.substr(0, start.size() - rest_.size()))};
+    return true;
+  }
+
+  bool text(JSONValue& out) {
+    std::string content;
+    if (!string(content)) return false;
+    out = std::move(content);
+    return true;
+  }
+
+  bool string(std::string& out) {
+    if (!take('"')) return false;
+    for (;;) {
+      const std::size_t plain = plainPrefix(rest_);
+      out.append(rest_.data(), plain);
+      rest_.remove_prefix(plain);
+      if (take('"')) return true;
+      if (!take('\\') || !escape(out)) return false;
+    }
+  }
+
+  bool escape(std::string& out) {
+    static constexpr std::string_view names = "\"\\/bfnrt";
+    static constexpr std::string_view meanings = "\"\\/\b\f\n\r\t";
+    if (take('u')) return unicodeEscape(out);
+    const std::size_t i = rest_.empty() ? std::string_view::npos : names.find(rest_.front());
+    if (i == std::string_view::npos) return false;
+    out += meanings[i];
+    rest_.remove_prefix(1);
+    return true;
+  }
+
+  bool unicodeEscape(std::string& out) {
+    unsigned scalar = 0;
+    if (!hexUnit(scalar) || isLowSurrogate(scalar)) return false;
+    if (isHighSurrogate(scalar)) {
+      unsigned low = 0;
+      if (!takeWord("\\u") || !hexUnit(low) || !isLowSurrogate(low)) return false;
+      scalar = 0x10000 + ((scalar - 0xD800) << 10) + (low - 0xDC00);
+    }
+    appendUTF8(out, scalar);
+    return true;
+  }
+
+  bool hexUnit(unsigned& unit) {
+    if (rest_.size() < 4) return false;
+    const auto [stop, error] = std::from_chars(rest_.data(), rest_.data() + 4, unit, 16);
+    if (error != std::errc{} || stop != rest_.data() + 4) return false;
+    rest_.remove_prefix(4);
+    return true;
+  }
+
+  std::string_view rest_;
+  int depth_ = 0;
+};
+
+}  // namespace
+
+std::optional<JSONValue> parseJSON(std::string_view text) {
+  JSONValue value;
+  return Reader(text).document(value) ? std::optional(std::move(value)) : std::nullopt;
+}
+
+}  // namespace trovi::platform

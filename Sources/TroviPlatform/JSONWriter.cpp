@@ -1,0 +1,77 @@
+#include "JSON.h"
+
+namespace trovi::platform {
+namespace {
+
+enum class Layout { compact, pretty };
+
+template <Layout layout>
+class Writer {
+ public:
+  explicit Writer(TextBuffer& out) : out_(out) {}
+
+  void write(const JSONValue& value) {
+    if (const auto* text = value.text()) {
+      out_.appendQuoted(*text);
+    } else if (const auto* number = value.number()) {
+      out_.append(number->literal);
+    } else if (const auto* object = value.object()) {
+      write(*object);
+    } else if (const auto* array = value.array()) {
+      container('[', *array, ']', [this](const JSONValue& element) { write(element); });
+    } else if (const auto* boolean = value.boolean()) {
+      out_.append(*boolean ? "true" : "false");
+    } else {
+      out_.append("null");
+    }
+  }
+
+  void write(const JSONObject& object) {
+    container('{', object, '}', [this](const JSONObject::Member& member) {
+      out_.appendQuoted(member.first);
+      out_.append(layout == Layout::pretty ? ": " : ":");
+      write(member.second);
+    });
+  }
+
+ private:
+  template <class Container, class Element>
+  void container(char open, const Container& elements, char close, const Element& element) {
+    out_.append(open);
+    ++level_;
+    bool first = true;
+    for (const auto& each : elements) {
+      if (!first) out_.append(',');
+      first = false;
+      breakLine();
+      element(each);
+    }
+    --level_;
+    if (!elements.empty()) breakLine();
+    out_.append(close);
+  }
+
+  void breakLine() {
+    if constexpr (layout == Layout::pretty) {
+      out_.append('\n');
+      out_.append(2 * level_, ' ');
+    }
+  }
+
+  TextBuffer& out_;
+  std::size_t level_ = 0;
+};
+
+}  // namespace
+
+void appendJSON(TextBuffer& out, const JSONObject& object) {
+  Writer<Layout::compact>(out).write(object);
+}
+
+std::string prettyJSON(const JSONValue& value) {
+  TextBuffer out;
+  Writer<Layout::pretty>(out).write(value);
+  return std::string(out.view());
+}
+
+}  // namespace trovi::platform

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace trovi::platform {
+
+/// A growing text that keeps its memory when it is cleared, and never touches a byte before it is
+/// written. Running out of memory throws std::bad_alloc and leaves the text as it was.
+class TextBuffer {
+ public:
+  std::string_view view() const { return {data_.get(), size_}; }
+  void clear() { size_ = 0; }
+
+  void append(char c) {
+    *room(1) = c;
+    ++size_;
+  }
+  void append(std::string_view text) {
+    std::memcpy(room(text.size() + 1), text.data(), text.size());  // one more: never a null pointer
+    size_ += text.size();
+  }
+  void append(std::size_t count, char c) {
+    std::memset(room(count + 1), c, count);
+    size_ += count;
+  }
+
+  /// Appends `text`, which is valid UTF-8, as a JSON string.
+  void appendQuoted(std::string_view text);
+
+ private:
+  /// The end of the text, with `count` bytes behind it to write on.
+  char* room(std::size_t count) {
+    if (count > capacity_ - size_) grow(count);
+    return data_.get() + size_;
+  }
+  void grow(std::size_t count);
+
+  struct Freer {
+    void operator()(char* memory) const { std::free(memory); }
+  };
+  std::unique_ptr<char, Freer> data_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
+
+}  // namespace trovi::platform

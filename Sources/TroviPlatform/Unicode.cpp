@@ -1,0 +1,93 @@
+#include "Unicode.h"
+
+#include <utf8proc.h>
+
+#include <cstdlib>
+#include <memory>
+#include <new>
+
+namespace trovi::platform {
+namespace {
+
+constexpr utf8proc_int32_t zeroWidthNonJoiner = 0x200C;
+/// Latin, Greek and Cyrillic lie below: there a mark is a diacritic. Above, a mark may be a letter.
+constexpr utf8proc_int32_t endOfMarkedScripts = 0x0510;
+
+const utf8proc_uint8_t* bytes(std::string_view text) {
+  return reinterpret_cast<const utf8proc_uint8_t*>(text.data());
+}
+
+utf8proc_ssize_t size(std::string_view text) { return static_cast<utf8proc_ssize_t>(text.size()); }
+
+struct Scalar {
+  utf8proc_int32_t value;
+  std::size_t length;  ///< in bytes
+};
+
+Scalar firstScalar(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  if (first < 0x80) return {first, 1};
+  utf8proc_int32_t value = 0;
+  const auto length = utf8proc_iterate(bytes(text), size(text), &value);
+  return {value, static_cast<std::size_t>(length)};
+}
+
+bool isBlank(utf8proc_int32_t scalar) {
+  if (scalar < 0x80) return scalar == ' ' || scalar == '\t';
+  return utf8proc_category(scalar) == UTF8PROC_CATEGORY_ZS;
+}
+
+bool isMark(utf8proc_int32_t scalar) {
+  const auto category = utf8proc_category(scalar);
+  return category == UTF8PROC_CATEGORY_MN || category == UTF8PROC_CATEGORY_ME ||
+         scalar == zeroWidthNonJoiner;
+}
+
+std::string mapped(std::string_view text, int options) {
+  utf8proc_uint8_t* result = nullptr;
+  const auto length =
+      utf8proc_map(bytes(text), size(text), &result, static_cast<utf8proc_option_t>(options));
+  const std::unique_ptr<utf8proc_uint8_t, decltype(&std::free)> owner(result, &std::free);
+  if (length < 0) throw std::bad_alloc();  // nothing else can fail on valid UTF-8
+  return {reinterpret_cast<const char*>(result), static_cast<std::size_t>(length)};
+}
+
+std::string withoutDiacritics(std::string_view decomposed) {
+  std::string kept;
+  kept.reserve(decomposed.size());
+  utf8proc_int32_t base = -1;
+  while (!decomposed.empty()) {
+    const auto [scalar, length] = firstScalar(decomposed);
+    const bool mark = base >= 0 && isMark(scalar);
+    if (!mark) base = scalar;
+    if (!mark || base >= endOfMarkedScripts) kept.append(decomposed, 0, length);
+    decomposed.remove_prefix(length);
+  }
+  return kept;
+}
+
+}  // namespace
+
+std::string_view trimmedBlanks(std::string_view text) {
+  while (!text.empty()) {
+    const auto [scalar, length] = firstScalar(text);
+    if (!isBlank(scalar)) break;
+    text.remove_prefix(length);
+  }
+  while (!text.empty()) {
+    std::size_t last = text.size() - 1;
+    while (last > 0 && (static_cast<unsigned char>(text[last]) & 0xC0) == 0x80) --last;
+    if (!isBlank(firstScalar(text.substr(last)).value)) break;
+    text.remove_suffix(text.size() - last);
+  }
+  return text;
+}
+
+std::string folded(std::string_view text) {
+  // Marks go before the case does: folding would turn U+0345, a mark, into the letter iota.
+  const std::string decomposed = mapped(text, UTF8PROC_DECOMPOSE | UTF8PROC_STABLE);
+  return mapped(withoutDiacritics(decomposed),
+                UTF8PROC_CASEFOLD | UTF8PROC_COMPOSE | UTF8PROC_STABLE);
+}
+
+}  // namespace trovi::platform

@@ -1,0 +1,75 @@
+#include "Rendering.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "ISO8601.h"
+
+namespace trovi::mcp {
+namespace {
+
+using platform::JSONArray;
+using platform::JSONObject;
+using platform::JSONValue;
+
+/// `duration` in whole seconds, halves away from zero; one that no integer holds takes the nearest,
+/// NaN 0.
+std::int64_t wholeSeconds(double duration) {
+  constexpr double limit = 0x1p63;
+  if (std::isnan(duration)) return 0;
+  if (duration >= limit) return std::numeric_limits<std::int64_t>::max();
+  if (duration < -limit) return std::numeric_limits<std::int64_t>::min();
+  return std::llround(duration);
+}
+
+JSONValue destinoOf(const Recado& recado, const std::vector<Destino>& destinos) {
+  const auto found = std::find_if(destinos.begin(), destinos.end(), [&](const Destino& destino) {
+    return destino.id == recado.destinoID;
+  });
+  return found != destinos.end() ? JSONValue(json(*found)) : JSONValue(nullptr);
+}
+
+JSONObject toolResult(std::string text, bool isError) {
+  JSONObject item;
+  item.set("type", "text");
+  item.set("text", std::move(text));
+  JSONArray content;
+  content.push_back(std::move(item));
+  JSONObject result;
+  result.set("content", std::move(content));
+  result.set("isError", isError);
+  return result;
+}
+
+}  // namespace
+
+JSONObject json(Recado recado, const std::vector<Destino>& destinos) {
+  JSONObject object;
+  object.reserve(10);
+  object.set("destino", destinoOf(recado, destinos));
+  object.set("duracao_segundos", wholeSeconds(recado.duration));
+  object.set("gravado_em", platform::internetDateTime(recado.createdAt));
+  object.set("id", std::move(recado.id));
+  if (recado.language) object.set("idioma", *std::move(recado.language));
+  if (recado.claimedBy) object.set("pego_por", *std::move(recado.claimedBy));
+  if (recado.result) object.set("resultado", *std::move(recado.result));
+  object.set("status", rawValue(recado.status));
+  object.set("titulo", std::move(recado.title));
+  object.set("transcricao", std::move(recado.transcript));
+  return object;
+}
+
+JSONObject json(const Destino& destino) {
+  JSONObject object;
+  object.reserve(2);
+  object.set("instrucao", destino.instruction);
+  object.set("nome", destino.name);
+  return object;
+}
+
+JSONObject textContent(const JSONValue& payload) { return toolResult(prettyJSON(payload), false); }
+
+JSONObject toolError(std::string message) { return toolResult(std::move(message), true); }
+
+}  // namespace trovi::mcp

@@ -1,0 +1,89 @@
+#include "Server.h"
+
+#include "Catalogue.h"
+#include "Output.h"
+#include "Tools.h"
+#include "Unicode.h"
+
+namespace trovi::mcp {
+namespace {
+
+using platform::JSONArray;
+using platform::JSONObject;
+using platform::JSONValue;
+
+constexpr int methodNotFound = -32601;
+constexpr int invalidParams = -32602;
+
+JSONObject message(const JSONValue& id, std::string key, JSONObject content) {
+  JSONObject message;
+  message.reserve(3);
+  message.set("id", id);
+  message.set("jsonrpc", "2.0");
+  message.set(std::move(key), std::move(content));
+  return message;
+}
+
+JSONObject reply(const JSONValue& id, JSONObject result) {
+  return message(id, "result", std::move(result));
+}
+
+JSONObject replyError(const JSONValue& id, int code, std::string text) {
+  return message(id, "error", {{"code", code}, {"message", std::move(text)}});
+}
+
+/// The member as an object; an empty one when it is missing or of another kind.
+const JSONObject& objectOrEmpty(const JSONObject& object, std::string_view key) {
+  static const JSONObject empty;
+  const JSONObject* member = object.object(key);
+  return member != nullptr ? *member : empty;
+}
+
+}  // namespace
+
+Server::Server(const std::filesystem::path& database) : tools_(catalogue()), store_(database) {}
+
+std::optional<JSONObject> Server::answer(std::string_view line) {
+  std::string repaired;
+  const std::string_view text = platform::repairedUTF8(line, repaired);
+  const auto message = platform::parseJSON(platform::trimmedBlanks(text));
+  const JSONObject* request = message ? message->object() : nullptr;
+  const JSONValue* id = request != nullptr ? request->find("id") : nullptr;
+  if (id == nullptr || id->isNull()) return {};
+  return answerRequest(*request, *id);
+}
+
+std::optional<JSONObject> Server::answerRequest(const JSONObject& request, const JSONValue& id) {
+  const std::string_view method = request.text("method").value_or("");
+  const JSONObject& params = objectOrEmpty(request, "params");
+  if (method == "initialize") return reply(id, initialize(params));
+  if (method == "ping") return reply(id, {});
+  if (method == "tools/list") return reply(id, {{"tools", tools_}});
+  if (method == "tools/call") {
+    const auto name = params.text("name");
+    if (!name) return replyError(id, invalidParams, "Falta o nome da ferramenta");
+    return reply(id, callTool({.name = *name,
+                               .arguments = objectOrEmpty(params, "arguments"),
+                               .store = store_,
+                               .clientName = clientName_}));
+  }
+  if (method == "resources/list") return reply(id, {{"resources", JSONArray{}}});
+  if (method == "prompts/list") return reply(id, {{"prompts", JSONArray{}}});
+  return replyError(id, methodNotFound, "Método não suportado: " + std::string(method));
+}
+
+JSONObject Server::initialize(const JSONObject& params) {
+  if (const JSONObject* clientInfo = params.object("clientInfo")) {
+    clientName_ = clientInfo->text("name");
+  }
+  return initializeResult(params.text("protocolVersion"));
+}
+
+void log(std::string_view message) {
+  std::string line = "[trovi-mcp] ";
+  line += message;
+  line += '\n';
+  platform::write(platform::standardError, line);
+}
+
+}  // namespace trovi::mcp

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "JSON.h"
+#include "TroviCore/Store.h"
+
+namespace trovi::mcp {
+
+/// The server without its streams: a line in, at most one reply out. Strictly sequential, for one
+/// thread.
+class Server {
+ public:
+  /// Opens the inbox in this file. Throws DatabaseError.
+  explicit Server(const std::filesystem::path& database);
+
+  /// Carries out one line, any bytes without the line's end. Absent where no reply is due: the line
+  /// is blank, no JSON object, or a notification.
+  std::optional<platform::JSONObject> answer(std::string_view line);
+
+ private:
+  std::optional<platform::JSONObject> answerRequest(const platform::JSONObject& request,
+                                                    const platform::JSONValue& id);
+  platform::JSONObject initialize(const platform::JSONObject& params);
+
+  platform::JSONValue tools_;
+  TroviStore store_;
+  std::optional<std::string> clientName_;
+};
+
+/// Writes one diagnostic line to standard error.
+void log(std::string_view message);
+
+}  // namespace trovi::mcp

@@ -1,0 +1,46 @@
+#include <cstdlib>
+#include <exception>
+#include <optional>
+#include <string>
+
+#include "LineReader.h"
+#include "Memory.h"
+#include "Output.h"
+#include "Server.h"
+#include "TroviCore/Paths.h"
+
+using namespace trovi;
+
+namespace {
+
+/// Writes the reply to `line`, if one is due. `buffer` is kept from reply to reply for its memory.
+void serve(mcp::Server& server, std::string_view line, platform::TextBuffer& buffer) {
+  try {
+    const auto reply = server.answer(line);
+    if (!reply) return;
+    buffer.clear();
+    platform::appendJSON(buffer, *reply);
+  } catch (const std::exception&) {  // no memory for it
+    mcp::log("não consegui serializar a resposta");
+    return;
+  }
+  platform::write(platform::standardOutput, buffer.view());
+  platform::write(platform::standardOutput, "\n");
+}
+
+}  // namespace
+
+int main() {
+  platform::keepFreedMemory();
+  std::optional<mcp::Server> server;
+  try {
+    server.emplace(TroviPaths::supportDirectory() / "trovi.sqlite");
+  } catch (const std::exception& error) {
+    mcp::log(std::string("não abri a caixa do Trovi: ") + error.what());
+    return EXIT_FAILURE;
+  }
+  platform::LineReader lines(platform::standardInput);
+  platform::TextBuffer buffer;
+  while (const auto line = lines.next()) serve(*server, *line, buffer);
+  std::exit(EXIT_SUCCESS);  // nothing is closed: the file is sound at every moment
+}
