@@ -82,14 +82,12 @@ class JSONObjectEncoder : public KeyedEncoder {
   }
 
   void encodeText(std::string_view key, std::string_view value) override {
-    object_.set(std::string(key), platform::repairedUTF8(value));
+    object_.add(key, platform::repairedUTF8(value));
   }
-  void encodeInteger(std::string_view key, std::int64_t value) override {
-    object_.set(std::string(key), value);
-  }
+  void encodeInteger(std::string_view key, std::int64_t value) override { object_.add(key, value); }
   void encodeNumber(std::string_view key, double value) override {
     if (!std::isfinite(value)) throw CodingError(std::string(key), "not a finite number");
-    object_.set(std::string(key), JSONNumber::from(value));
+    object_.add(key, JSONNumber::from(value));
   }
   void encodeDate(std::string_view key, Date value) override {
     if (dates_ == JSONDates::secondsSince1970) {

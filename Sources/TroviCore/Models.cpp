@@ -27,11 +27,11 @@ struct Hash {
   std::size_t value = 0;
 
   template <class Field>
-  void operator()(std::string_view, const Field& field) {
+  void operator()(std::string_view /*name*/, const Field& field) {
     combine(std::hash<Field>{}(field));
   }
-  void operator()(std::string_view, Date field) { combine(hashOf(field)); }
-  void operator()(std::string_view, const std::optional<Date>& field) {
+  void operator()(std::string_view /*name*/, Date field) { combine(hashOf(field)); }
+  void operator()(std::string_view /*name*/, const std::optional<Date>& field) {
     combine(field ? hashOf(*field) : 0);
     combine(field.has_value());
   }

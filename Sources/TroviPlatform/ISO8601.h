@@ -14,6 +14,6 @@ using Instant = std::chrono::sys_time<std::chrono::duration<double>>;
 std::string internetDateTime(Instant instant);
 
 /// The instant that such a text names, or absent when it is not exactly of this form.
-std::optional<Instant> instantFrom(std::string_view internetDateTime);
+std::optional<Instant> instantFrom(std::string_view text);
 
 }  // namespace trovi::platform

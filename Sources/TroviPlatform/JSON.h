@@ -52,6 +52,8 @@ class JSONValue {
   JSONValue(const char* text) : content_(std::string(text)) {}
   JSONValue(JSONArray array);
   JSONValue(JSONObject object);
+  /// `value` as it is written, once and for all: for what is sent often. It reads as no kind.
+  static JSONValue written(const JSONObject& object);
 
   // The value as one kind, or null when it is of another. The pointer lives as long as the value.
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
@@ -60,6 +62,7 @@ class JSONValue {
   const std::string* text() const { return std::get_if<std::string>(&content_); }
   const JSONArray* array() const { return shared<JSONArray>(); }
   const JSONObject* object() const { return shared<JSONObject>(); }
+  const std::string* written() const { return shared<std::string>(); }
 
   friend bool operator==(const JSONValue& left, const JSONValue& right);
 
@@ -71,11 +74,11 @@ class JSONValue {
   }
 
   std::variant<std::monostate, bool, JSONNumber, std::string, std::shared_ptr<const JSONArray>,
-               std::shared_ptr<const JSONObject>>
+               std::shared_ptr<const JSONObject>, std::shared_ptr<const std::string>>
       content_;
 };
 
-/// Members in ascending order of their keys' bytes, which is also the order of their characters.
+/// Members in the order in which they came, no key twice.
 class JSONObject {
  public:
   using Member = std::pair<std::string, JSONValue>;
@@ -88,8 +91,8 @@ class JSONObject {
   /// Makes room for this many members.
   void reserve(std::size_t count) { members_.reserve(count); }
 
-  /// Adds a member, or replaces the one with this key. Ascending keys are the quickest.
-  void set(std::string key, JSONValue value);
+  /// Adds a member whose key is not there yet.
+  void add(std::string_view key, JSONValue value) { members_.emplace_back(key, std::move(value)); }
 
   // A member, or absent when it is missing or of another kind.
   const JSONValue* find(std::string_view key) const;
@@ -99,10 +102,13 @@ class JSONObject {
 
   auto begin() const { return members_.begin(); }
   auto end() const { return members_.end(); }
-  std::size_t size() const { return members_.size(); }
   bool empty() const { return members_.empty(); }
 
-  bool operator==(const JSONObject&) const = default;
+  /// The members in ascending order of their keys' bytes, which is that of their characters.
+  std::vector<const Member*> sorted() const;
+
+  /// The order of the members does not count.
+  friend bool operator==(const JSONObject& left, const JSONObject& right);
 
  private:
   std::vector<Member> members_;

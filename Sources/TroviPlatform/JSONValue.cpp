@@ -10,15 +10,6 @@
 namespace trovi::platform {
 namespace {
 
-struct KeyLess {
-  bool operator()(const JSONObject::Member& left, const JSONObject::Member& right) const {
-    return left.first < right.first;
-  }
-  bool operator()(const JSONObject::Member& member, std::string_view key) const {
-    return member.first < key;
-  }
-};
-
 template <class Container>
 bool sameContent(const Container* left, const Container* right) {
   return left == right || (left != nullptr && right != nullptr && *left == *right);
@@ -66,6 +57,14 @@ JSONValue::JSONValue(JSONArray array)
 JSONValue::JSONValue(JSONObject object)
     : content_(std::make_shared<const JSONObject>(std::move(object))) {}
 
+JSONValue JSONValue::written(const JSONObject& object) {
+  TextBuffer text;
+  appendJSON(text, object);
+  JSONValue value;
+  value.content_ = std::make_shared<const std::string>(text.view());
+  return value;
+}
+
 bool operator==(const JSONValue& left, const JSONValue& right) {
   if (left.content_.index() != right.content_.index()) return false;
   if (left.array() != nullptr) return sameContent(left.array(), right.array());
@@ -74,41 +73,49 @@ bool operator==(const JSONValue& left, const JSONValue& right) {
 }
 
 JSONObject::JSONObject(std::vector<Member> members) : members_(std::move(members)) {
-  const auto first = members_.begin();
-  constexpr std::ptrdiff_t few = 16;
-  if (members_.end() - first > few) {
-    std::stable_sort(first, members_.end(), KeyLess{});
-  } else {  // the usual request; the general sort would allocate
-    for (auto next = first; next != members_.end(); ++next) {
-      const auto place = std::upper_bound(first, next, *next, KeyLess{});
-      if (place != next) std::rotate(place, next, next + 1);
+  constexpr std::size_t few = 16;
+  if (members_.size() <= few) {  // the usual request: not worth a sort
+    for (auto at = members_.begin(); at != members_.end();) {
+      const bool comesAgain = std::any_of(
+          at + 1, members_.end(), [&](const Member& later) { return later.first == at->first; });
+      at = comesAgain ? members_.erase(at) : at + 1;
     }
-  }
-  // Keeps the last of each run of equal keys: backwards it is the first.
-  const auto sameKey = [](const Member& a, const Member& b) { return a.first == b.first; };
-  if (std::adjacent_find(first, members_.end(), sameKey) != members_.end()) {
-    const auto kept = std::unique(members_.rbegin(), members_.rend(), sameKey);
-    members_.erase(first, kept.base());
-  }
-}
-
-void JSONObject::set(std::string key, JSONValue value) {
-  if (members_.empty() || members_.back().first < key) {
-    members_.emplace_back(std::move(key), std::move(value));
     return;
   }
-  const auto at =
-      std::lower_bound(members_.begin(), members_.end(), std::string_view(key), KeyLess{});
-  if (at != members_.end() && at->first == key) {
-    at->second = std::move(value);
-  } else {
-    members_.emplace(at, std::move(key), std::move(value));
+  const auto order = sorted();
+  std::vector<bool> comesAgain(members_.size());
+  for (std::size_t i = 1; i < order.size(); ++i) {
+    const auto position = static_cast<std::size_t>(order[i - 1] - members_.data());
+    comesAgain[position] = order[i - 1]->first == order[i]->first;
   }
+  std::erase_if(members_, [&, position = std::size_t{0}](const Member&) mutable {
+    return comesAgain[position++];
+  });
+}
+
+std::vector<const JSONObject::Member*> JSONObject::sorted() const {
+  std::vector<const Member*> order;
+  order.reserve(members_.size());
+  for (const Member& member : members_) order.push_back(&member);
+  const auto byKey = [](const Member* a, const Member* b) { return a->first < b->first; };
+  if (!std::is_sorted(order.begin(), order.end(), byKey)) {
+    std::stable_sort(order.begin(), order.end(), byKey);
+  }
+  return order;
+}
+
+bool operator==(const JSONObject& left, const JSONObject& right) {
+  const auto a = left.sorted();
+  const auto b = right.sorted();
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const auto* x, const auto* y) { return *x == *y; });
 }
 
 const JSONValue* JSONObject::find(std::string_view key) const {
-  const auto at = std::lower_bound(members_.begin(), members_.end(), key, KeyLess{});
-  return at != members_.end() && at->first == key ? &at->second : nullptr;
+  for (const auto& [name, value] : members_) {
+    if (name == key) return &value;
+  }
+  return nullptr;
 }
 
 std::optional<std::string_view> JSONObject::text(std::string_view key) const {

@@ -19,6 +19,8 @@ class Writer {
       write(*object);
     } else if (const auto* array = value.array()) {
       container('[', *array, ']', [this](const JSONValue& element) { write(element); });
+    } else if (const auto* written = value.written()) {
+      out_.append(*written);
     } else if (const auto* boolean = value.boolean()) {
       out_.append(*boolean ? "true" : "false");
     } else {
@@ -27,14 +29,20 @@ class Writer {
   }
 
   void write(const JSONObject& object) {
-    container('{', object, '}', [this](const JSONObject::Member& member) {
-      out_.appendQuoted(member.first);
-      out_.append(layout == Layout::pretty ? ": " : ":");
-      write(member.second);
-    });
+    if constexpr (layout == Layout::pretty) {
+      container('{', object.sorted(), '}', [this](const auto* member) { write(*member); });
+    } else {
+      container('{', object, '}', [this](const auto& member) { write(member); });
+    }
   }
 
  private:
+  void write(const JSONObject::Member& member) {
+    out_.appendQuoted(member.first);
+    out_.append(layout == Layout::pretty ? ": " : ":");
+    write(member.second);
+  }
+
   template <class Container, class Element>
   void container(char open, const Container& elements, char close, const Element& element) {
     out_.append(open);

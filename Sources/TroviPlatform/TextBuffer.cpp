@@ -43,10 +43,14 @@ char* putEscaped(char* out, std::string_view text) {
   while (static_cast<std::size_t>(end - in) >= blockSize) {
     std::memcpy(out, in, blockSize);
     const Marks marks = specials(in);
-    const std::size_t plain = marks == 0 ? blockSize : bytesBefore(marks);
-    in += plain;
-    out += plain;
-    if (marks != 0) out = putEscape(out, *in++);
+    if (marks == 0) {
+      in += blockSize;
+      out += blockSize;
+    } else {
+      const std::size_t plain = bytesBefore(marks);
+      out = putEscape(out + plain, in[plain]);
+      in += plain + 1;
+    }
   }
   for (; in < end; ++in) {
     if (isSpecial(*in)) {

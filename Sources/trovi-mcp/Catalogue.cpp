@@ -4,7 +4,6 @@ namespace trovi::mcp {
 
 using platform::JSONArray;
 using platform::JSONObject;
-using platform::JSONValue;
 
 const char* const serverInstructions =
     "O Trovi é a caixa de recados de voz do usuário. Cada recado é uma fala já transcrita, gravada "
@@ -34,7 +33,7 @@ struct Tool {
 
 JSONObject descriptor(Tool tool) {
   JSONObject schema{{"type", "object"}, {"properties", std::move(tool.properties)}};
-  if (!tool.required.empty()) schema.set("required", std::move(tool.required));
+  if (!tool.required.empty()) schema.add("required", std::move(tool.required));
   return {
       {"name", tool.name}, {"description", tool.description}, {"inputSchema", std::move(schema)}};
 }
@@ -43,9 +42,9 @@ JSONObject descriptor(Tool tool) {
 
 JSONArray catalogue() {
   JSONObject status = text("Filtro de status. Padrão: pendente.");
-  status.set("enum", JSONArray{"pendente", "pego", "resolvido", "todos"});
+  status.add("enum", JSONArray{"pendente", "pego", "resolvido", "todos"});
   JSONObject listLimit = limit();
-  listLimit.set("description", "Máximo de recados. Padrão: 20.");
+  listLimit.add("description", "Máximo de recados. Padrão: 20.");
   return {
       descriptor({.name = "inbox_list",
                   .description =

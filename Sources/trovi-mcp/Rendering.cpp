@@ -32,13 +32,13 @@ JSONValue destinoOf(const Recado& recado, const std::vector<Destino>& destinos) 
 
 JSONObject toolResult(std::string text, bool isError) {
   JSONObject item;
-  item.set("type", "text");
-  item.set("text", std::move(text));
+  item.add("type", "text");
+  item.add("text", std::move(text));
   JSONArray content;
   content.push_back(std::move(item));
   JSONObject result;
-  result.set("content", std::move(content));
-  result.set("isError", isError);
+  result.add("content", std::move(content));
+  result.add("isError", isError);
   return result;
 }
 
@@ -47,24 +47,24 @@ JSONObject toolResult(std::string text, bool isError) {
 JSONObject json(Recado recado, const std::vector<Destino>& destinos) {
   JSONObject object;
   object.reserve(10);
-  object.set("destino", destinoOf(recado, destinos));
-  object.set("duracao_segundos", wholeSeconds(recado.duration));
-  object.set("gravado_em", platform::internetDateTime(recado.createdAt));
-  object.set("id", std::move(recado.id));
-  if (recado.language) object.set("idioma", *std::move(recado.language));
-  if (recado.claimedBy) object.set("pego_por", *std::move(recado.claimedBy));
-  if (recado.result) object.set("resultado", *std::move(recado.result));
-  object.set("status", rawValue(recado.status));
-  object.set("titulo", std::move(recado.title));
-  object.set("transcricao", std::move(recado.transcript));
+  object.add("destino", destinoOf(recado, destinos));
+  object.add("duracao_segundos", wholeSeconds(recado.duration));
+  object.add("gravado_em", platform::internetDateTime(recado.createdAt));
+  object.add("id", std::move(recado.id));
+  if (recado.language) object.add("idioma", *std::move(recado.language));
+  if (recado.claimedBy) object.add("pego_por", *std::move(recado.claimedBy));
+  if (recado.result) object.add("resultado", *std::move(recado.result));
+  object.add("status", rawValue(recado.status));
+  object.add("titulo", std::move(recado.title));
+  object.add("transcricao", std::move(recado.transcript));
   return object;
 }
 
 JSONObject json(const Destino& destino) {
   JSONObject object;
   object.reserve(2);
-  object.set("instrucao", destino.instruction);
-  object.set("nome", destino.name);
+  object.add("instrucao", destino.instruction);
+  object.add("nome", destino.name);
   return object;
 }
 

@@ -15,21 +15,21 @@ using platform::JSONValue;
 constexpr int methodNotFound = -32601;
 constexpr int invalidParams = -32602;
 
-JSONObject message(const JSONValue& id, std::string key, JSONObject content) {
+JSONObject message(const JSONValue& id, std::string_view key, JSONValue content) {
   JSONObject message;
   message.reserve(3);
-  message.set("id", id);
-  message.set("jsonrpc", "2.0");
-  message.set(std::move(key), std::move(content));
+  message.add("jsonrpc", "2.0");
+  message.add("id", id);
+  message.add(key, std::move(content));
   return message;
 }
 
-JSONObject reply(const JSONValue& id, JSONObject result) {
+JSONObject reply(const JSONValue& id, JSONValue result) {
   return message(id, "result", std::move(result));
 }
 
 JSONObject replyError(const JSONValue& id, int code, std::string text) {
-  return message(id, "error", {{"code", code}, {"message", std::move(text)}});
+  return message(id, "error", JSONObject{{"code", code}, {"message", std::move(text)}});
 }
 
 /// The member as an object; an empty one when it is missing or of another kind.
@@ -41,7 +41,8 @@ const JSONObject& objectOrEmpty(const JSONObject& object, std::string_view key) 
 
 }  // namespace
 
-Server::Server(const std::filesystem::path& database) : tools_(catalogue()), store_(database) {}
+Server::Server(const std::filesystem::path& database)
+    : toolsResult_(JSONValue::written({{"tools", catalogue()}})), store_(database) {}
 
 std::optional<JSONObject> Server::answer(std::string_view line) {
   std::string repaired;
@@ -57,8 +58,8 @@ std::optional<JSONObject> Server::answerRequest(const JSONObject& request, const
   const std::string_view method = request.text("method").value_or("");
   const JSONObject& params = objectOrEmpty(request, "params");
   if (method == "initialize") return reply(id, initialize(params));
-  if (method == "ping") return reply(id, {});
-  if (method == "tools/list") return reply(id, {{"tools", tools_}});
+  if (method == "ping") return reply(id, JSONObject());
+  if (method == "tools/list") return reply(id, toolsResult_);
   if (method == "tools/call") {
     const auto name = params.text("name");
     if (!name) return replyError(id, invalidParams, "Falta o nome da ferramenta");
@@ -67,8 +68,8 @@ std::optional<JSONObject> Server::answerRequest(const JSONObject& request, const
                                .store = store_,
                                .clientName = clientName_}));
   }
-  if (method == "resources/list") return reply(id, {{"resources", JSONArray{}}});
-  if (method == "prompts/list") return reply(id, {{"prompts", JSONArray{}}});
+  if (method == "resources/list") return reply(id, JSONObject{{"resources", JSONArray{}}});
+  if (method == "prompts/list") return reply(id, JSONObject{{"prompts", JSONArray{}}});
   return replyError(id, methodNotFound, "Método não suportado: " + std::string(method));
 }
 

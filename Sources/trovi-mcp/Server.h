@@ -26,7 +26,7 @@ class Server {
                                                     const platform::JSONValue& id);
   platform::JSONObject initialize(const platform::JSONObject& params);
 
-  platform::JSONValue tools_;
+  platform::JSONValue toolsResult_;  ///< of `tools/list`, the same every time
   TroviStore store_;
   std::optional<std::string> clientName_;
 };

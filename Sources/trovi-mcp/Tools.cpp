@@ -63,8 +63,8 @@ JSONObject listResult(std::vector<Recado> recados, const Destinos& destinos) {
   rendered.reserve(recados.size());
   for (Recado& recado : recados) rendered.emplace_back(json(std::move(recado), destinos));
   JSONObject list;
-  list.set("total", static_cast<std::int64_t>(rendered.size()));
-  list.set("recados", std::move(rendered));
+  list.add("total", static_cast<std::int64_t>(rendered.size()));
+  list.add("recados", std::move(rendered));
   return textContent(std::move(list));
 }
 
@@ -133,11 +133,11 @@ JSONObject search(const ToolCall& call, const Destinos& destinos) {
   return listResult(std::move(recados), destinos);
 }
 
-JSONObject destinosList(const ToolCall&, const Destinos& destinos) {
+JSONObject destinosList(const ToolCall& /*call*/, const Destinos& destinos) {
   JSONArray rendered;
   for (const Destino& destino : destinos) rendered.emplace_back(json(destino));
   JSONObject list;
-  list.set("destinos", std::move(rendered));
+  list.add("destinos", std::move(rendered));
   return textContent(std::move(list));
 }
 

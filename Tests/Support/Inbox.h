@@ -1,0 +1,54 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "TemporaryFolder.h"
+#include "TroviCore/Store.h"
+
+namespace trovi::tests {
+
+/// A message as a recorder would insert it, `pendente`.
+inline Recado someRecado(const std::string& id, double createdAt = 1750255402.25) {
+  return {.id = id,
+          .createdAt = dateSince1970(createdAt),
+          .duration = 12.5,
+          .transcript = "Ligar para o João às três.",
+          .title = "Ligar para o João",
+          .status = RecadoStatus::pendente};
+}
+
+/// A fresh inbox on a file in a folder of its own, and a second connection to the file: another
+/// program that looks into it, changes it and breaks it.
+class Inbox : public testing::Test {
+ protected:
+  /// The first column of the first row of `sql`, an integer; -1 when it is none.
+  std::int64_t number(const std::string& sql) {
+    const auto rows = other.query("SELECT (" + sql + ") AS n");
+    return rows.at(0).intValue("n").value_or(-1);
+  }
+  /// The counter of changes that are not uploaded.
+  std::int64_t dirty(const std::string& id) {
+    return number("SELECT dirty FROM recado WHERE id = '" + id + "'");
+  }
+
+  TemporaryFolder folder;
+  std::filesystem::path file = folder.path() / "trovi.sqlite";
+  TroviStore store{file};
+  Database other{file};
+};
+
+/// The message of the DatabaseError that `work` throws; fails the test when it throws none.
+template <class Work>
+std::string databaseError(Work&& work) {
+  try {
+    work();
+  } catch (const DatabaseError& error) {
+    return error.description();
+  }
+  ADD_FAILURE() << "nothing was thrown";
+  return {};
+}
+
+}  // namespace trovi::tests
