@@ -64,6 +64,13 @@ class JSONValue {
   const JSONObject* object() const { return shared<JSONObject>(); }
   const std::string* written() const { return shared<std::string>(); }
 
+  /// Makes the value an empty text, or a number without digits, to be filled in.
+  template <class Content>
+  requires std::same_as<Content, std::string> || std::same_as<Content, JSONNumber> Content&
+  emplace() {
+    return content_.emplace<Content>();
+  }
+
   friend bool operator==(const JSONValue& left, const JSONValue& right);
 
  private:
@@ -92,7 +99,10 @@ class JSONObject {
   void reserve(std::size_t count) { members_.reserve(count); }
 
   /// Adds a member whose key is not there yet.
-  void add(std::string_view key, JSONValue value) { members_.emplace_back(key, std::move(value)); }
+  template <class Value>
+  void add(std::string_view key, Value&& value) {
+    members_.emplace_back(key, std::forward<Value>(value));
+  }
 
   // A member, or absent when it is missing or of another kind.
   const JSONValue* find(std::string_view key) const;
@@ -104,7 +114,10 @@ class JSONObject {
   auto end() const { return members_.end(); }
   bool empty() const { return members_.empty(); }
 
-  /// The members in ascending order of their keys' bytes, which is that of their characters.
+  /// Whether the members stand in ascending order of their keys' bytes, which is that of their
+  /// characters.
+  bool isSorted() const;
+  /// The members in that order.
   std::vector<const Member*> sorted() const;
 
   /// The order of the members does not count.

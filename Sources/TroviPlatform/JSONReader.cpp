@@ -73,7 +73,7 @@ class Reader {
     switch (rest_.front()) {
       case '{': return nested([&] { return object(out); });
       case '[': return nested([&] { return array(out); });
-      case '"': return text(out);
+      case '"': return string(out.emplace<std::string>());
       case 't': out = true; return takeWord("true");
       case 'f': out = false; return takeWord("false");
       case 'n': out = nullptr; return takeWord("null");
@@ -135,14 +135,7 @@ class Reader {
       if (!take('+')) take('-');
       if (digits() == 0) return false;
     }
-    out = JSONNumber{std::string(start.substr(0, start.size() - rest_.size()))};
-    return true;
-  }
-
-  bool text(JSONValue& out) {
-    std::string content;
-    if (!string(content)) return false;
-    out = std::move(content);
+    out.emplace<JSONNumber>().literal = start.substr(0, start.size() - rest_.size());
     return true;
   }
 
@@ -195,8 +188,9 @@ class Reader {
 }  // namespace
 
 std::optional<JSONValue> parseJSON(std::string_view text) {
-  JSONValue value;
-  return Reader(text).document(value) ? std::optional(std::move(value)) : std::nullopt;
+  std::optional<JSONValue> value(std::in_place);
+  if (!Reader(text).document(*value)) value.reset();
+  return value;
 }
 
 }  // namespace trovi::platform

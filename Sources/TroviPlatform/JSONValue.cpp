@@ -93,14 +93,17 @@ JSONObject::JSONObject(std::vector<Member> members) : members_(std::move(members
   });
 }
 
+bool JSONObject::isSorted() const {
+  return std::is_sorted(members_.begin(), members_.end(),
+                        [](const Member& a, const Member& b) { return a.first < b.first; });
+}
+
 std::vector<const JSONObject::Member*> JSONObject::sorted() const {
   std::vector<const Member*> order;
   order.reserve(members_.size());
   for (const Member& member : members_) order.push_back(&member);
-  const auto byKey = [](const Member* a, const Member* b) { return a->first < b->first; };
-  if (!std::is_sorted(order.begin(), order.end(), byKey)) {
-    std::stable_sort(order.begin(), order.end(), byKey);
-  }
+  std::stable_sort(order.begin(), order.end(),
+                   [](const Member* a, const Member* b) { return a->first < b->first; });
   return order;
 }
 

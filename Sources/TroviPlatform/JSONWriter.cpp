@@ -29,7 +29,7 @@ class Writer {
   }
 
   void write(const JSONObject& object) {
-    if constexpr (layout == Layout::pretty) {
+    if (layout == Layout::pretty && !object.isSorted()) {
       container('{', object.sorted(), '}', [this](const auto* member) { write(*member); });
     } else {
       container('{', object, '}', [this](const auto& member) { write(member); });
@@ -77,7 +77,8 @@ void appendJSON(TextBuffer& out, const JSONObject& object) {
 }
 
 std::string prettyJSON(const JSONValue& value) {
-  TextBuffer out;
+  thread_local TextBuffer out;  // kept for its memory: a long text grows through many sizes
+  out.clear();
   Writer<Layout::pretty>(out).write(value);
   return std::string(out.view());
 }

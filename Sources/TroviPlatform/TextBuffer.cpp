@@ -64,15 +64,24 @@ char* putEscaped(char* out, std::string_view text) {
 
 }  // namespace
 
+void TextBuffer::clear() {
+  constexpr std::size_t huge = std::size_t{4} << 20;
+  if (capacity_ > huge) {
+    data_.reset();
+    capacity_ = 0;
+  }
+  size_ = 0;
+}
+
 void TextBuffer::appendQuoted(std::string_view text) {
   constexpr std::size_t piece = 4096;  // so that the room for the worst case stays small
+  const auto appendEscaped = [this](std::string_view part) {
+    char* const out = room(escapes[0].text.size() * part.size() + bytescan::blockSize);
+    size_ += static_cast<std::size_t>(putEscaped(out, part) - out);
+  };
   append('"');
-  while (!text.empty()) {
-    const std::string_view next = text.substr(0, piece);
-    char* const out = room(escapes[0].text.size() * next.size() + bytescan::blockSize);
-    size_ += static_cast<std::size_t>(putEscaped(out, next) - out);
-    text.remove_prefix(next.size());
-  }
+  for (; text.size() > piece; text.remove_prefix(piece)) appendEscaped(text.substr(0, piece));
+  appendEscaped(text);
   append('"');
 }
 

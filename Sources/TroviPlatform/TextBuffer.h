@@ -8,12 +8,17 @@
 
 namespace trovi::platform {
 
-/// A growing text that keeps its memory when it is cleared, and never touches a byte before it is
-/// written. Running out of memory throws std::bad_alloc and leaves the text as it was.
+/// A growing text that keeps its memory, unless that is huge, when it is cleared, and never touches
+/// a byte before it is written. Running out of memory throws std::bad_alloc and leaves the text as
+/// it was.
 class TextBuffer {
  public:
+  TextBuffer() = default;
+  TextBuffer(const TextBuffer&) = delete;
+  TextBuffer& operator=(const TextBuffer&) = delete;
+
   std::string_view view() const { return {data_.get(), size_}; }
-  void clear() { size_ = 0; }
+  void clear();
 
   void append(char c) {
     *room(1) = c;

@@ -31,11 +31,9 @@ constexpr Lead lead(unsigned char byte) {
   return {0, 0, 0};
 }
 
-/// The sequence at the start of `bytes`.
+/// The sequence at the start of `bytes`, which is not ASCII.
 Sequence sequence(std::string_view bytes) {
-  const auto first = static_cast<unsigned char>(bytes[0]);
-  if (first < 0x80) return {1, true};
-  auto [following, low, high] = lead(first);
+  auto [following, low, high] = lead(static_cast<unsigned char>(bytes[0]));
   std::size_t taken = 1;
   for (; taken <= following && taken < bytes.size(); ++taken) {
     const auto byte = static_cast<unsigned char>(bytes[taken]);
@@ -52,6 +50,10 @@ std::size_t validPrefix(std::string_view bytes) {
   while (i < bytes.size()) {
     i += latinPrefix(bytes.substr(i));
     for (const std::size_t end = std::min(i + bytescan::blockSize, bytes.size()); i < end;) {
+      if (static_cast<unsigned char>(bytes[i]) < 0x80) {
+        ++i;
+        continue;
+      }
       const Sequence next = sequence(bytes.substr(i));
       if (!next.wellFormed) return i;
       i += next.size;

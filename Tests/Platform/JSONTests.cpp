@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "JSON.h"
+
+namespace trovi::platform {
+namespace {
+
+std::string nested(std::size_t levels, const std::string& open, const std::string& close) {
+  std::string text;
+  for (std::size_t i = 0; i < levels; ++i) text += open;
+  for (std::size_t i = 0; i < levels; ++i) text += close;
+  return text;
+}
+
+/// `text` read and written again; absent when it is refused.
+std::optional<std::string> rewritten(const std::string& text) {
+  const auto value = parseJSON("{\"v\":" + text + "}");
+  if (!value) return {};
+  TextBuffer out;
+  appendJSON(out, *value->object());
+  const std::string written(out.view());
+  EXPECT_EQ(parseJSON(written), value);  // what is written reads as the same value
+  return written.substr(5, written.size() - 6);
+}
+
+TEST(JSON, WritesBackWhatItRead) {
+  const struct {
+    std::string text, expected;
+  } cases[] = {
+      {"123456789012345678901234567890", "123456789012345678901234567890"},
+      {"-0", "-0"},
+      {"7.0", "7.0"},
+      {"1E+2", "1E+2"},
+      {"1e999999999999", "1e999999999999"},
+      {std::string(1000, '9'), std::string(1000, '9')},
+      {" [ 1 ,\t2\r\n]", "[1,2]"},
+      {"[true,false,null,{},[]]", "[true,false,null,{},[]]"},
+      {R"("a/b")", R"("a/b")"},
+      {R"("\/\b\f\n\r\t\"\\")", R"("/\b\f\n\r\t\"\\")"},
+      {R"("\u0000\u001F\u007f")", "\"\\u0000\\u001f\x7f\""},
+      {R"("\u00e7\uD83D\uDE00")", "\"ç😀\""},
+      {"\"ação, 日本\"", "\"ação, 日本\""},
+      {R"({"b":1,"a":2,"b":3})", R"({"a":2,"b":3})"},
+      {R"({"":0})", R"({"":0})"},
+  };
+  for (const auto& [text, expected] : cases) EXPECT_EQ(rewritten(text), expected) << text;
+}
+
+TEST(JSON, RefusesWhatTheGrammarDoesNotAllow) {
+  for (const std::string text : {"",
+                                 " ",
+                                 "01",
+                                 "-",
+                                 "+1",
+                                 "1.",
+                                 ".5",
+                                 "1e",
+                                 "1e+",
+                                 "0x1",
+                                 "NaN",
+                                 "Infinity",
+                                 "-Infinity",
+                                 "tru",
+                                 "True",
+                                 "nul",
+                                 "'a'",
+                                 "\"a",
+                                 "\"\\x\"",
+                                 "\"\\u12\"",
+                                 "\"\\u12G4\"",
+                                 "\"\t\"",
+                                 "\"\n\"",
+                                 "[1,]",
+                                 "[,1]",
+                                 "[1 2]",
+                                 "[",
+                                 "]",
+                                 "{\"a\"}",
+                                 "{\"a\":}",
+                                 "{a:1}",
+                                 "{\"a\":1,}",
+                                 "{,}",
+                                 "{1:2}",
+                                 "{\"a\" 1}",
+                                 "1 1",
+                                 "[]]",
+                                 "// c\n1",
+                                 "/* c */ 1",
+                                 "\"\\uD800\"",
+                                 "\"\\uDC00\"",
+                                 "\"\\uD800\\u0041\"",
+                                 "\"\\uD800\\uD800\"",
+                                 "\"\\uDC00\\uD800\"",
+                                 "\"\\uD800",
+                                 "\"\\",
+                                 "\xEF\xBB\xBF"
+                                 "1",
+                                 "1\xC2\xA0"}) {
+    EXPECT_FALSE(parseJSON(text)) << text;
+  }
+  EXPECT_FALSE(parseJSON(std::string("1\0", 2)));
+  EXPECT_FALSE(parseJSON(std::string("\"\0\"", 3)));
+}
+
+TEST(JSON, CountsNestingInsteadOfRunningOutOfStack) {
+  EXPECT_TRUE(parseJSON(nested(512, "[", "]")));
+  EXPECT_FALSE(parseJSON(nested(513, "[", "]")));
+  EXPECT_TRUE(parseJSON(nested(511, "{\"a\":", "}").insert(511 * 5, "{}")));
+  EXPECT_FALSE(parseJSON(nested(512, "{\"a\":", "}").insert(512 * 5, "{}")));
+  EXPECT_FALSE(parseJSON(nested(1000000, "[", "]")));
+  EXPECT_FALSE(parseJSON(std::string(1000000, '[')));
+}
+
+TEST(JSON, EscapesAtEveryPlaceOfABlock) {
+  for (std::size_t size = 0; size < 40; ++size) {
+    for (std::size_t place = 0; place < size; ++place) {
+      for (const char special : {'"', '\\', '\n', '\x01'}) {
+        std::string text(size, 'x');
+        text[place] = special;
+        TextBuffer out;
+        appendJSON(out, JSONObject{{"v", text}});
+        const auto read = parseJSON(out.view());
+        ASSERT_TRUE(read) << out.view();
+        ASSERT_EQ(read->object()->text("v"), text) << size << " " << place;
+      }
+    }
+  }
+}
+
+TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
+  const JSONObject object{{"total", 0},
+                          {"recados", JSONArray{JSONObject{{"b", "a/ç\n"}, {"a", nullptr}}, 1}},
+                          {"nada", JSONObject()},
+                          {"lista", JSONArray{}}};
+  EXPECT_EQ(prettyJSON(object), R"({
+  "lista": [],
+  "nada": {},
+  "recados": [
+    {
+      "a": null,
+      "b": "a/ç\n"
+    },
+    1
+  ],
+  "total": 0
+})");
+}
+
+TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
+  const struct {
+    const char* literal;
+    std::optional<std::int64_t> value;
+  } cases[] = {
+      {"7", 7},
+      {"7.0", 7},
+      {"70e-1", 7},
+      {"-0", 0},
+      {"-0.0", 0},
+      {"1e-400", 0},  // the nearest double is 0
+      {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
+      {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
+      {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min()},
+      {"9223372036854775808", {}},
+      {"9223372036854775808.0", {}},
+      {"-9223372036854775809", {}},
+      {"1e19", {}},
+      {"7.5", {}},
+      {"1e400", {}},
+      {"-1e400", {}},
+      {"1e99999999999999999999", {}},
+  };
+  for (const auto& [literal, value] : cases) {
+    EXPECT_EQ(JSONNumber{literal}.integer(), value) << literal;
+  }
+  EXPECT_EQ(JSONNumber{"7." + std::string(100000, '0')}.integer(), 7);
+}
+
+TEST(JSON, WritesADoubleSoThatItReadsBackTheSame) {
+  for (const double value :
+       {0.0, 12.5, 0.1, 1.0 / 3, 1750255402.1234567, 5e-324, 1.7976931348623157e308, -2.5e-7}) {
+    EXPECT_EQ(JSONNumber::from(value).real(), value);
+    EXPECT_TRUE(parseJSON(JSONNumber::from(value).literal)) << JSONNumber::from(value).literal;
+  }
+  EXPECT_EQ(JSONNumber::from(0.1).literal, "0.1");
+}
+
+TEST(JSON, KeepsTheLastOfManyDoubledKeys) {
+  std::vector<JSONObject::Member> members;
+  for (int i = 0; i < 1000; ++i) members.emplace_back(std::to_string(i % 10), i);
+  const JSONObject object(std::move(members));
+  EXPECT_EQ(std::distance(object.begin(), object.end()), 10);
+  EXPECT_EQ(object.integer("0"), 990);
+  EXPECT_EQ(object.integer("9"), 999);
+}
+
+}  // namespace
+}  // namespace trovi::platform
