@@ -30,9 +30,9 @@ class Writer {
 
   void write(const JSONObject& object) {
     if (layout == Layout::pretty && !object.isSorted()) {
-      container('{', object.sorted(), '}', [this](const auto* member) { write(*member); });
+      container('{', object.sorted(), '}', [this](const auto* member) { this->write(*member); });
     } else {
-      container('{', object, '}', [this](const auto& member) { write(member); });
+      container('{', object, '}', [this](const auto& member) { this->write(member); });
     }
   }
 

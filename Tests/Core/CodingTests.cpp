@@ -99,8 +99,8 @@ TEST(Coding, NamesTheKeyAndTheReasonOfAFailure) {
       {"", "not a JSON text"},
       {"\xFF", "not a JSON text"},
   };
-  for (const auto& [json, expected] : cases) {
-    EXPECT_EQ(failure([&] { fromJSON<Recado>(json); }), expected) << json;
+  for (const auto& each : cases) {
+    EXPECT_EQ(failure([&] { fromJSON<Recado>(each.json); }), each.failure) << each.json;
   }
   EXPECT_EQ(failure([] {
               fromJSON<Destino>(R"({"id":"","name":"","instruction":"","color":"","sort":1})");

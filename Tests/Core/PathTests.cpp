@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -12,7 +12,10 @@ namespace {
 
 class Paths : public testing::Test {
  protected:
-  Paths() : before_(getenv("HOME") != nullptr ? getenv("HOME") : "") { use(folder.path()); }
+  Paths() {
+    if (const char* home = getenv("HOME")) before_ = home;
+    use(folder.path());
+  }
   ~Paths() override { use(before_); }
   static void use(const std::string& home) { setenv("HOME", home.c_str(), 1); }
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 
 #include "Inbox.h"

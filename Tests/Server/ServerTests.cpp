@@ -7,9 +7,6 @@
 namespace trovi::mcp {
 namespace {
 
-using platform::JSONObject;
-using platform::JSONValue;
-
 /// A server on the inbox that the fixture's store and second connection look into.
 class Answer : public tests::Inbox {
  protected:

@@ -7,8 +7,6 @@
 namespace trovi::mcp {
 namespace {
 
-using platform::JSONValue;
-
 TEST(Sessions, GoAsTheyWereRecorded) {
   for (const tests::Session& session : tests::recordedSessions()) {
     const tests::TemporaryFolder folder;
