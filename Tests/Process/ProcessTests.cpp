@@ -1,0 +1,505 @@
+// The executable as a client meets it: bytes on three pipes, a file that others use and break, and
+// ends that come too early.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <fstream>
+#include <functional>
+#include <random>
+
+#include "Inbox.h"
+#include "ServerProcess.h"
+#include "Session.h"
+#include "TroviCore/Paths.h"
+#include "UserData.h"
+
+namespace trovi::tests {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using std::filesystem::path;
+
+constexpr const char* ping = R"({"id":"ping","method":"ping"})";
+constexpr const char* pong = R"({"jsonrpc":"2.0","id":"ping","result":{}})";
+
+/// A home for a server. It is this process's home too, so that `inbox` names the server's file.
+class Home {
+ public:
+  Home() { setenv("HOME", folder_.path().c_str(), 1); }
+
+  operator const path&() const { return folder_.path(); }
+  static path inbox() { return TroviPaths::databaseURL(); }
+  /// Files messages with these ids as the recorder does.
+  static void file(const std::vector<std::string>& ids) {
+    TroviStore store(inbox());
+    for (const std::string& id : ids) store.insert(someRecado(id));
+  }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+std::string call(const std::string& tool, const std::string& arguments, int id = 1) {
+  return R"({"id":)" + std::to_string(id) + R"(,"method":"tools/call","params":{"name":")" + tool +
+         R"(","arguments":)" + arguments + "}}";
+}
+
+/// The reply to a call that failed; `text` is as it stands inside JSON.
+std::string failure(const std::string& text) {
+  return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
+         R"("}],"isError":true}})";
+}
+
+bool succeeded(const std::optional<std::string>& reply) {
+  return reply && reply->ends_with(R"("isError":false}})");
+}
+
+/// The reply to `line`, if one comes. Either way the server must answer what follows.
+std::optional<std::string> ask(ServerProcess& server, std::string_view line) {
+  server.send(line);
+  server.send(ping);
+  auto reply = server.receive();
+  if (reply == pong) return {};
+  EXPECT_EQ(server.receive(), pong);
+  return reply;
+}
+
+/// Waits for the server to answer, which it does once its inbox is open.
+void awaitStart(ServerProcess& server) { EXPECT_EQ(ask(server, ""), std::nullopt); }
+
+/// The end of the input must end the server, with nothing but `output` left of it.
+void expectCleanEnd(ServerProcess& server, const std::string& output = "") {
+  server.closeInput();
+  EXPECT_EQ(server.wait(), 0);
+  EXPECT_EQ(server.standardOutput(), output);
+  EXPECT_EQ(server.standardError(), "");
+}
+
+std::string repeated(std::string_view piece, std::size_t times) {
+  std::string text;
+  text.reserve(piece.size() * times);
+  while (times-- > 0) text += piece;
+  return text;
+}
+
+/// Puts a file of text where a file or a folder may be.
+void putText(const path& at) {
+  std::filesystem::remove_all(at);
+  std::ofstream(at) << repeated("isto não é um banco ", 500);
+}
+
+/// Overwrites a part of the file.
+void damage(const path& file, std::int64_t offset, std::int64_t count) {
+  std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+  stream.seekp(offset);
+  stream << std::string(static_cast<std::size_t>(count), '\xFF') << std::flush;
+  EXPECT_TRUE(stream);
+}
+
+void expectAsRecorded(ServerProcess& server, const SessionStep& step) {
+  const auto reply = ask(server, step.request);
+  ASSERT_EQ(reply.has_value(), step.reply.has_value()) << reply.value_or("no reply");
+  if (reply) {
+    EXPECT_TRUE(comparable(*reply) == *platform::parseJSON(*step.reply)) << *reply;
+  }
+}
+
+TEST(Executable, GoesThroughSessionsAsTheyWereRecorded) {
+  for (const Session& session : recordedSessions()) {
+    const Home home;
+    ServerProcess server({.home = home});
+    awaitStart(server);
+    Database other(Home::inbox());
+    for (const SessionStep& step : session.steps) {
+      SCOPED_TRACE(session.file.string() + ":" + std::to_string(step.line));
+      if (step.sql.empty()) {
+        expectAsRecorded(server, step);
+      } else {
+        other.execute(step.sql);
+      }
+    }
+    expectCleanEnd(server);
+  }
+}
+
+TEST(Bytes, AreOneLineForEachRequestAndNothingElse) {
+  const auto request = R"({"id":7,"method":"ping"})"s;
+  const auto reply = R"({"jsonrpc":"2.0","id":7,"result":{}})"s + '\n';
+  struct Case {
+    const char* name;
+    std::string input, output;
+  };
+  const Case cases[] = {
+      {"nothing", "", ""},
+      {"a line", request + "\n", reply},
+      {"a line without its end", request, reply},
+      {"carriage returns", request + "\r\n" + request + "\r\n", reply + reply},
+      {"a carriage return alone", request + "\r" + request + "\n", ""},
+      {"blank lines", "\n\r\n \t\n" + request + "\n\n", reply},
+      {"no-break spaces", "\u00A0\t" + request + " \u00A0\n", reply},
+      {"a notification without its end", R"({"method":"notifications/initialized"})", ""},
+  };
+  const Home home;
+  for (const auto& [name, input, output] : cases) {
+    SCOPED_TRACE(name);
+    ServerProcess inOneGo({.home = home});
+    inOneGo.sendBytes(input);
+    expectCleanEnd(inOneGo, output);
+    ServerProcess byteByByte({.home = home});
+    for (const char& byte : input) byteByByte.sendBytes({&byte, 1});
+    expectCleanEnd(byteByByte, output);
+  }
+}
+
+TEST(Bytes, LeaveInTheOrderOfAThousandRequests) {
+  constexpr int count = 1000;
+  std::string burst;
+  for (int i = 0; i < count; ++i) {
+    const char* method = i % 2 == 0 ? "ping" : "tools/list";
+    burst.append(R"({"id":)").append(std::to_string(i));
+    burst.append(R"(,"method":")").append(method).append("\"}\n");
+  }
+  const Home home;
+  ServerProcess server({.home = home});
+  server.sendBytes(burst);
+  for (int i = 0; i < count; ++i) {
+    const auto reply = server.receive().value_or("no reply");
+    ASSERT_TRUE(reply.starts_with(R"({"jsonrpc":"2.0","id":)" + std::to_string(i) + ",")) << reply;
+  }
+  expectCleanEnd(server);
+}
+
+TEST(Bytes, PassPipesThatDoNotBlock) {
+  const Home home;
+  ServerProcess server({.home = home, .nonBlocking = true});
+  awaitStart(server);  // and so it has found its input empty
+  const std::string id = '"' + std::string(1'000'000, 'x') + '"';  // more than a pipe holds
+  EXPECT_TRUE(ask(server, R"({"method":"ping","id":)" + id + "}") ==
+              R"({"jsonrpc":"2.0","id":)" + id + R"(,"result":{}})");
+  expectCleanEnd(server);
+}
+
+struct BadLine {
+  std::string name, line;
+  std::optional<std::string> reply{};
+};
+
+std::vector<BadLine> badLines() {
+  const auto withID = [](const std::string& id) { return R"({"method":"ping","id":)" + id + "}"; };
+  const auto echo = [](const std::string& id) {
+    return R"({"jsonrpc":"2.0","id":)" + id + R"(,"result":{}})";
+  };
+  const auto get = [](const std::string& id) { return call("recado_get", R"({"id":)" + id + "}"); };
+  const auto notFound = [](const std::string& id) {
+    return failure("Recado " + id + " não encontrado.");
+  };
+  const auto arrays = [](std::size_t n) { return repeated("[", n) + repeated("]", n); };
+  const auto objects = [](std::size_t n) {
+    return repeated(R"({"a":)", n) + "0" + repeated("}", n);
+  };
+  constexpr std::size_t deep = 100'000;
+  const std::string huge = repeated(std::string(1000, 'x'), 20'000);
+
+  std::vector<BadLine> lines{
+      {"no JSON", "ping"},
+      {"a request cut off", R"({"id":1,"method":"ping")"},
+      {"a request too many", withID("1") + withID("2")},
+      {"a batch", "[" + withID("1") + "]"},
+      {"arrays", arrays(deep)},
+      {"arrays left open", repeated("[", deep)},
+      {"objects", objects(deep)},
+      {"objects left open", repeated(R"({"a":)", deep)},
+      {"arrays in id", withID(arrays(deep))},
+      {"objects in id", withID(objects(deep))},
+      {"arrays in arguments", call("destinos_list", R"({"a":)" + arrays(deep) + "}")},
+      {"objects in arguments", call("destinos_list", objects(deep))},
+      {"as many levels as may be", withID(arrays(511)), echo(arrays(511))},
+      {"a level more", withID(arrays(512))},
+      {"20 MB that are no JSON", huge},
+      {"20 MB of a text left open", R"({"id":")" + huge},
+      {"20 MB in id", withID('"' + huge + '"'), echo('"' + huge + '"')},
+      {"20 MB in arguments", get('"' + huge + '"'), notFound(huge)},
+      {"ill-formed UTF-8 in id", withID("\"\xC3(\xE2\x82\""), echo("\"\uFFFD(\uFFFD\"")},
+      {"ill-formed UTF-8 in arguments", get("\"\xFF\""), notFound("\uFFFD")},
+      {"ill-formed UTF-8 before", "\xFF" + withID("1")},
+      {"ill-formed UTF-8 behind", withID("1") + "\xF0\x9F"},
+      {"a NUL in id", withID("\"a\0b\""s)},
+      {"a NUL behind", withID("1") + '\0'},
+      {"nothing but a NUL", "\0"s},
+      {"an escaped NUL in id", withID(R"("a\u0000b")"), echo(R"("a\u0000b")")},
+      {"an escaped NUL in arguments", get(R"("a\u0000b")"), notFound(R"(a\u0000b)")},
+      {"half a surrogate pair in id", withID(R"("\ud83d")")},
+  };
+  for (const char* id : {"0", "-0", "-1", "1.50", "1e400", "9223372036854775808",
+                         "123456789012345678901234567890", "true", "false", R"("")", R"("a/b")",
+                         R"("\"\\\n\u001f")", "[]", "{}", "[null,{}]", R"({"id":null})"}) {
+    lines.push_back({id, withID(id), echo(id)});
+  }
+  for (const char* id : {"null", "01", "+1", "1.", "1e", "NaN", "", "'a'"}) {
+    lines.push_back({id, withID(id)});
+  }
+  return lines;
+}
+
+TEST(BadInput, IsAnsweredOrDroppedAndNeverEndsTheServer) {
+  const Home home;
+  ServerProcess server({.home = home});
+  for (const auto& [name, line, expected] : badLines()) {
+    const auto reply = ask(server, line);
+    EXPECT_TRUE(reply == expected) << name << ": " << reply.value_or("no reply").substr(0, 200);
+  }
+  expectCleanEnd(server);
+}
+
+TEST(Start, WithoutAnInboxEndsInOneLineAndStatus1) {
+  const char* const cannotOpen = "Não abri o banco: unable to open database file";
+  const char* const noDatabase = "Erro no banco: file is not a database";
+  struct Case {
+    const char* name;
+    std::function<void(const path& home, const path& inbox)> arrange;
+    const char* description;
+  };
+  const Case cases[] = {
+      {"a file for a home", [](auto& home, auto&) { putText(home); }, cannotOpen},
+      {"a file for the folder", [](auto&, auto& inbox) { putText(inbox.parent_path()); },
+       cannotOpen},
+      {"a folder for the file",
+       [](auto&, auto& inbox) {
+         std::filesystem::remove(inbox);
+         std::filesystem::create_directory(inbox);
+       },
+       cannotOpen},
+      {"text for a database", [](auto&, auto& inbox) { putText(inbox); }, noDatabase},
+      {"a damaged header", [](auto&, auto& inbox) { damage(inbox, 0, 16); }, noDatabase},
+      {"a damaged first page", [](auto&, auto& inbox) { damage(inbox, 100, 2000); },
+       "Erro no banco: database disk image is malformed"},
+  };
+  for (const auto& [name, arrange, description] : cases) {
+    SCOPED_TRACE(name);
+    const Home home;
+    const path inbox = Home::inbox();
+    Home::file({"A"});
+    arrange(home, inbox);
+    ServerProcess server({.home = home});
+    server.send(ping);
+    EXPECT_EQ(server.wait(), 1);
+    EXPECT_EQ(server.standardOutput(), "");
+    EXPECT_EQ(server.standardError(),
+              "[trovi-mcp] não abri a caixa do Trovi: "s + description + "\n");
+  }
+}
+
+TEST(Start, MakesFoldersThatAreTheUsersAlone) {
+  const Home home;
+  const mode_t mask = umask(0);  // no help from it
+  ServerProcess server({.home = home});
+  umask(mask);
+  awaitStart(server);
+  path made = Home::inbox().parent_path();
+  for (const path& stop = home; made != stop; made = made.parent_path()) {
+    struct stat found {};
+    ASSERT_EQ(stat(made.c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode & 0777U, platform::newDirectoryMode) << made;
+  }
+}
+
+TEST(Start, FindsTheInboxWhateverElseIsInTheEnvironment) {
+  const TemporaryFolder elsewhere;
+  const Home home;
+  Home::file({"A"});
+  ServerProcess server({.home = home,
+                        .environment = {"XDG_DATA_HOME=" + elsewhere.path().string(),
+                                        "SQLITE_TMPDIR=" + elsewhere.path().string()}});
+  EXPECT_TRUE(succeeded(ask(server, call("recado_get", R"({"id":"A"})"))));
+  EXPECT_TRUE(std::filesystem::is_empty(elsewhere.path()));
+}
+
+TEST(Lock, OfTwoSecondsDelaysAClaimButNoReading) {
+  const Home home;
+  Home::file({"A"});
+  Database other(Home::inbox());
+  other.execute("BEGIN IMMEDIATE");
+  ServerProcess server({.home = home});
+  EXPECT_TRUE(succeeded(ask(server, call("inbox_list", "{}"))));
+  server.send(call("recado_claim", R"({"id":"A"})"));
+  EXPECT_FALSE(server.replies(2s));
+  other.execute("ROLLBACK");
+  EXPECT_TRUE(succeeded(server.receive()));
+}
+
+TEST(Lock, OfMoreThanFourSecondsRefusesAClaimThatSucceedsLater) {
+  const Home home;
+  Home::file({"A"});
+  Database other(Home::inbox());
+  const auto changed = [&] {
+    return other.query("SELECT 1 FROM recado WHERE status = 'pendente' AND dirty = 2").empty();
+  };
+  const std::string claim = call("recado_claim", R"({"id":"A"})");
+  ServerProcess server({.home = home});
+  other.execute("BEGIN IMMEDIATE");
+  EXPECT_EQ(ask(server, claim), failure("Erro no Trovi: Erro no banco: database is locked"));
+  other.execute("ROLLBACK");
+  EXPECT_FALSE(changed());
+  EXPECT_TRUE(succeeded(ask(server, claim)));
+  EXPECT_TRUE(changed());
+}
+
+TEST(SharedFile, ThatLostATableFailsEveryToolUntilItIsBack) {
+  const std::vector<std::string> calls{call("inbox_list", "{}"),
+                                       call("recado_get", R"({"id":"A"})"),
+                                       call("recado_claim", R"({"id":"A"})"),
+                                       call("recado_resolve", R"({"id":"A","resultado":"ok"})"),
+                                       call("search", R"({"consulta":"João"})"),
+                                       call("destinos_list", "{}")};
+  const std::string unknown = call("nenhuma", "{}");
+  const std::string noTable = failure("Erro no Trovi: Erro no banco: no such table: destino");
+  const Home home;
+  Home::file({"A"});
+  ServerProcess server({.home = home});
+  ASSERT_TRUE(succeeded(ask(server, calls.front())));
+  Database(Home::inbox()).execute("DROP TABLE destino");
+  for (const std::string& each : calls) EXPECT_EQ(ask(server, each), noTable) << each;
+  EXPECT_EQ(ask(server, unknown), noTable);
+
+  Home::file({"B"});  // the recorder makes what is missing
+  for (const std::string& each : calls) EXPECT_TRUE(succeeded(ask(server, each))) << each;
+  EXPECT_EQ(ask(server, unknown), failure("Ferramenta desconhecida: nenhuma"));
+  expectCleanEnd(server);
+}
+
+TEST(SharedFile, WithADamagedPageStillServesTheOthers) {
+  const Home home;
+  Home::file({"A"});
+  const auto number = [](const char* sql) {
+    return Database(Home::inbox()).query(sql).at(0).intValue("n").value_or(0);
+  };
+  const auto page = number("SELECT rootpage AS n FROM sqlite_master WHERE name = 'recado'");
+  const auto pageSize = number("SELECT page_size AS n FROM pragma_page_size");
+  damage(Home::inbox(), (page - 1) * pageSize, pageSize);
+  ServerProcess server({.home = home});
+  EXPECT_EQ(ask(server, call("recado_claim", R"({"id":"A"})")),
+            failure("Erro no Trovi: Erro no banco: database disk image is malformed"));
+  EXPECT_TRUE(succeeded(ask(server, call("destinos_list", "{}"))));
+  expectCleanEnd(server);
+}
+
+TEST(SharedFile, ShowsOneServerWhatAnotherDid) {
+  const Home home;
+  Home::file({"A"});
+  ServerProcess one({.home = home});
+  ServerProcess another({.home = home});
+  for (const auto* name : {"Um", "Dois"}) {
+    const auto claim = call("recado_claim", R"({"id":"A","cliente":")"s + name + "\"}");
+    EXPECT_TRUE(succeeded(ask(one, claim)));
+    const auto seen = ask(another, call("recado_get", R"({"id":"A"})")).value_or("no reply");
+    EXPECT_NE(seen.find(R"(\"pego_por\": \")"s + name), std::string::npos) << seen;
+  }
+  expectCleanEnd(one);
+  EXPECT_TRUE(succeeded(ask(another, call("recado_resolve", R"({"id":"A","resultado":"ok"})"))));
+  expectCleanEnd(another);
+}
+
+// A burst of changes goes round the messages, first claiming and then resolving. Round r leaves the
+// number r in the message and 2 + r in `dirty`, so that each state tells how many changes made it.
+constexpr int messages = 16;
+constexpr int claims = 8;  // of each message, before it is resolved twice as often
+constexpr int changes = 3 * claims * messages;
+
+std::string change(int number) {
+  const int round = 1 + number / messages;
+  const std::string message = R"({"id":")" + std::to_string(number % messages) + '"';
+  const std::string value = '"' + std::to_string(round) + "\"}";
+  return round <= claims ? call("recado_claim", message + R"(,"cliente":)" + value, number)
+                         : call("recado_resolve", message + R"(,"resultado":)" + value, number);
+}
+
+std::string stateAfter(int rounds) {
+  const auto dirty = std::to_string(2 + rounds);
+  if (rounds == 0) return dirty + " pendente - -";
+  if (rounds <= claims) return dirty + " pego " + std::to_string(rounds) + " -";
+  return dirty + " resolvido " + std::to_string(claims) + " " + std::to_string(rounds);
+}
+
+/// Of a message: how many of the first `count` changes were its own.
+int roundsOf(int message, int count) { return (count + messages - 1 - message) / messages; }
+
+/// Counts the replies, which come in order, and kills the server once there are `enough` of them.
+int answersOfBurst(ServerProcess& server, int enough) {
+  int answered = 0;
+  while (const auto reply = server.receive()) {
+    const std::string start = R"({"jsonrpc":"2.0","id":)" + std::to_string(answered) + ",";
+    EXPECT_TRUE(succeeded(reply) && reply->starts_with(start)) << *reply;
+    if (++answered == enough) server.kill();
+  }
+  return answered;
+}
+
+void expectSoundAfter(int answered) {
+  Database survivor(Home::inbox());
+  const auto check = survivor.query("PRAGMA integrity_check");
+  EXPECT_EQ(check.at(0).stringValue("integrity_check"), "ok");
+  for (int message = 0; message < messages; ++message) {
+    const auto rows = survivor.query(
+        "SELECT dirty || ' ' || status || ' ' || IFNULL(claimed_by, '-') || ' ' || "
+        "IFNULL(result, '-') AS state FROM recado WHERE id = ?",
+        {SQLValue::text(std::to_string(message))});
+    const auto state = rows.at(0).stringValue("state").value_or("none");
+    // The change in hand when the server was killed may be there without an answer.
+    EXPECT_TRUE(state == stateAfter(roundsOf(message, answered)) ||
+                state == stateAfter(roundsOf(message, std::min(answered + 1, changes))))
+        << "message " << message << " after " << answered << " answers: " << state;
+  }
+}
+
+TEST(End, ByKillInABurstLosesNothingThatWasAnswered) {
+  std::vector<std::string> ids;
+  for (int message = 0; message < messages; ++message) ids.push_back(std::to_string(message));
+  std::string burst;
+  for (int number = 0; number < changes; ++number) burst += change(number) + "\n";
+  for (int times = 0; times < 6; ++times) {
+    const auto seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const Home home;
+    Home::file(ids);
+    ServerProcess server({.home = home});
+    server.sendBytes(burst);
+    const int enough = std::uniform_int_distribution(1, changes * 2 / 3)(random);
+    const int answered = answersOfBurst(server, enough);
+    EXPECT_EQ(server.wait(), -SIGKILL);
+    expectSoundAfter(answered);
+  }
+}
+
+TEST(End, ComesByTheSignalThatAsksForIt) {
+  const Home home;
+  ServerProcess server({.home = home});
+  awaitStart(server);
+  server.kill(SIGTERM);
+  EXPECT_EQ(server.wait(), -SIGTERM);
+  EXPECT_EQ(server.standardError(), "");
+}
+
+TEST(End, ComesWhenNobodyReadsTheReply) {
+  const Home home;
+  ServerProcess server({.home = home});
+  awaitStart(server);
+  server.closeOutput();
+  server.send(ping);
+  EXPECT_EQ(server.wait(), -SIGPIPE);
+}
+
+TEST(End, ComesWithTheInputWhenTheParentIgnoresBrokenPipes) {
+  const Home home;
+  ServerProcess server({.home = home, .ignoresSIGPIPE = true});
+  awaitStart(server);
+  server.closeOutput();
+  server.send(ping);
+  server.send(call("destinos_list", "{}"));
+  expectCleanEnd(server);
+}
+
+}  // namespace
+}  // namespace trovi::tests
