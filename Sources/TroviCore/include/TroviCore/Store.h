@@ -19,8 +19,7 @@ struct RecadoFilter {
   std::optional<RecadoStatus> status{};
   std::optional<std::string> destinoID{};
   /// A text anywhere in the transcript, the title or the result. ASCII letters match in either
-  /// case;
-  /// "%" and "_" are wildcards. A text of blanks only is no condition.
+  /// case; "%" and "_" are wildcards. A text of blanks only is no condition.
   std::optional<std::string> search{};
   std::int64_t limit;  ///< at most this many; negative: all
 };
@@ -47,6 +46,23 @@ struct FinishedTranscription {
 struct RecadoFiling {
   std::string id;
   std::optional<std::string> destinoID{};  ///< absent: unfiled
+};
+
+/// A message that the remote copy now holds as it was in `version`.
+struct UploadedVersion {
+  std::string id;
+  std::int64_t version;  ///< as `TroviStore::pendingUploads` gave it
+};
+
+/// The state of a message in the remote copy. An absent field clears the local one.
+struct RemoteStatus {
+  std::string id;
+  RecadoStatus status;
+  std::optional<std::string> claimedBy{};
+  std::optional<Date> claimedAt{};
+  std::optional<std::string> result{};
+  std::optional<Date> resolvedAt{};
+  double updatedAt;  ///< when it came about, seconds since 1970
 };
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
@@ -140,6 +156,57 @@ class TroviStore {
 
   /// Unfiles the destination's messages, then removes it.
   void deleteDestino(const std::string& id);
+
+  /// @}
+  /// @name Synchronisation
+  /// What a synchroniser needs to keep a remote copy in step. Each message has a counter of its
+  /// local changes, of content and of state, which every change raises and 0 calls uploaded; each
+  /// deleted message leaves its id. Messages and ids change hands without locks: what changes while
+  /// an upload is under way stays marked. Repeating a list that was worked off in part is harmless.
+  /// @{
+
+  /// A message with local changes.
+  struct PendingUpload {
+    Recado recado;
+    double updatedAt;      ///< last change of state, or else the recording; seconds since 1970
+    std::int64_t version;  ///< its counter of changes as read, for `markUploaded`
+  };
+
+  /// The messages with local changes, oldest recording first, at most `limit`; negative: all.
+  std::vector<PendingUpload> pendingUploads(std::int64_t limit);
+
+  /// Marks messages as uploaded, one by one. One that changed after its `version` was read stays
+  /// marked and is offered again.
+  void markUploaded(const std::vector<UploadedVersion>& uploaded);
+
+  /// Offers every message for upload again, then forgets the deletions that are not uploaded: for
+  /// a remote copy that starts afresh.
+  void markAllForUpload();
+
+  /// The ids of deleted messages, oldest deletion first, at most `limit`; negative: all. A message
+  /// that was inserted again under its id is not among them.
+  std::vector<std::string> pendingDeletions(std::int64_t limit);
+
+  /// Forgets deletions that are uploaded, one by one.
+  void clearDeletions(const std::vector<std::string>& ids);
+
+  /// Takes over the remote state of a message that is `pendente`, `pego` or `resolvido`, if it is
+  /// newer than the local one. It does not count as a local change, and local changes that wait
+  /// for their upload go on waiting. False, with nothing changed, when the id is unknown, the
+  /// status refuses, or the local state is newer or of the same time.
+  bool applyRemoteStatus(const RemoteStatus& remote);
+
+  /// @}
+  /// @name Metadata
+  /// Texts by key, kept with the inbox: a synchroniser's own state. The key "seeded" is the store's
+  /// and never changes.
+  /// @{
+
+  /// The text under this key; absent when there is none.
+  std::optional<std::string> meta(const std::string& key);
+
+  /// Stores a text under this key in place of an earlier one; without a text, removes the key.
+  void setMeta(const std::string& key, const std::optional<std::string>& value);
 
   /// @}
 
