@@ -7,13 +7,14 @@
 #include <string>
 #include <string_view>
 
+#include "TroviCore/Export.h"
 #include "TroviCore/Models.h"
 
 namespace trovi {
 
 /// A record that cannot be read from a document, or a value that a document cannot hold. what() is
 /// the key and the reason: "title: missing".
-class CodingError : public std::runtime_error {
+class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
   CodingError(const std::string& key, const std::string& reason);
 
@@ -28,7 +29,7 @@ class CodingError : public std::runtime_error {
 /// Receives the fields of one record in the order of their declaration; absent fields are left out.
 /// How a value is written is its choice: a date comes as a date. An implementation throws what it
 /// likes, preferably CodingError.
-class KeyedEncoder {
+class TROVI_EXPORT KeyedEncoder {
  public:
   virtual ~KeyedEncoder() = default;
   virtual void encodeText(std::string_view key, std::string_view value) = 0;
@@ -39,7 +40,7 @@ class KeyedEncoder {
 
 /// Gives out the values of one document by key. Each decode operation throws CodingError when the
 /// key is missing or its value is of another kind.
-class KeyedDecoder {
+class TROVI_EXPORT KeyedDecoder {
  public:
   virtual ~KeyedDecoder() = default;
   /// Whether there is a value under `key` other than null.
@@ -51,8 +52,8 @@ class KeyedDecoder {
 };
 
 /// Hands every field that is present to `encoder`; a status as its raw value.
-void encode(const Destino& destino, KeyedEncoder& encoder);
-void encode(const Recado& recado, KeyedEncoder& encoder);
+TROVI_EXPORT void encode(const Destino& destino, KeyedEncoder& encoder);
+TROVI_EXPORT void encode(const Recado& recado, KeyedEncoder& encoder);
 
 /// Reads a record: Destino or Recado. Optional fields may be missing or null; every other field is
 /// required, and a status must be one of the five raw values. Other keys are ignored. Throws
@@ -60,9 +61,9 @@ void encode(const Recado& recado, KeyedEncoder& encoder);
 template <class Record>
 Record decode(const KeyedDecoder& decoder);
 template <>
-Destino decode<Destino>(const KeyedDecoder& decoder);
+TROVI_EXPORT Destino decode<Destino>(const KeyedDecoder& decoder);
 template <>
-Recado decode<Recado>(const KeyedDecoder& decoder);
+TROVI_EXPORT Recado decode<Recado>(const KeyedDecoder& decoder);
 
 /// How a JSON document holds dates.
 enum class JSONDates {
@@ -72,15 +73,15 @@ enum class JSONDates {
 
 /// The record as one JSON object without white space. Throws CodingError for a number or date that
 /// is not finite.
-std::string toJSON(const Destino& destino);
-std::string toJSON(const Recado& recado, JSONDates dates);
+TROVI_EXPORT std::string toJSON(const Destino& destino);
+TROVI_EXPORT std::string toJSON(const Recado& recado, JSONDates dates);
 
 /// The record, Destino or Recado, in one JSON object; `text` may be any bytes. Throws CodingError.
 template <class Record>
 Record fromJSON(std::string_view text, JSONDates dates = JSONDates::secondsSince1970);
 template <>
-Destino fromJSON<Destino>(std::string_view text, JSONDates dates);
+TROVI_EXPORT Destino fromJSON<Destino>(std::string_view text, JSONDates dates);
 template <>
-Recado fromJSON<Recado>(std::string_view text, JSONDates dates);
+TROVI_EXPORT Recado fromJSON<Recado>(std::string_view text, JSONDates dates);
 
 }  // namespace trovi

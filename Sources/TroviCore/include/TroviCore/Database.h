@@ -15,12 +15,13 @@
 #include <vector>
 
 #include "TroviCore/Date.h"
+#include "TroviCore/Export.h"
 
 namespace trovi {
 
 /// One value that is bound to a statement or read from a column. There is no blob: the file holds
 /// none, and one that is found reads as null.
-class SQLValue {
+class TROVI_EXPORT SQLValue {
  public:
   static SQLValue text(std::string value) { return SQLValue(std::move(value)); }
   static SQLValue real(double value) { return SQLValue(value); }
@@ -51,7 +52,7 @@ class SQLValue {
 ///
 /// The readers never throw and never convert between texts and numbers: what is missing, null or of
 /// another kind is absent, and the caller has its default.
-class Row {
+class TROVI_EXPORT Row {
  public:
   using Names = std::vector<std::string>;
 
@@ -82,7 +83,7 @@ class Row {
 
 /// The one error of the storage layer. what() is its description: a Portuguese prefix that never
 /// changes, and SQLite's own message.
-class DatabaseError : public std::runtime_error {
+class TROVI_EXPORT DatabaseError : public std::runtime_error {
  public:
   enum class Kind {
     open,   ///< the file could not be opened
@@ -107,7 +108,7 @@ class DatabaseError : public std::runtime_error {
 /// arrival. Every statement stands for itself; there are no transactions beyond those that a script
 /// opens. Texts end at their first NUL, on the way in and out; ill-formed UTF-8 that is read
 /// becomes U+FFFD. Nothing is cached, and the connection closes with the object.
-class Database {
+class TROVI_EXPORT Database {
  public:
   /// Opens the file, creating it when it is missing; its folder must exist. Throws DatabaseError.
   explicit Database(const std::filesystem::path& path);

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "TroviCore/Date.h"
+#include "TroviCore/Export.h"
 
 namespace trovi {
 
@@ -25,10 +26,10 @@ enum class RecadoStatus {
 
 /// The status as it is stored in the file, compared in SQL and shown to the assistant: "pendente".
 /// A file format: these texts never change.
-std::string_view rawValue(RecadoStatus status);
+TROVI_EXPORT std::string_view rawValue(RecadoStatus status);
 
 /// The status as the user reads it, in Portuguese: "Pego pela IA".
-std::string_view label(RecadoStatus status);
+TROVI_EXPORT std::string_view label(RecadoStatus status);
 
 /// All cases of an enumeration in the order of their declaration.
 template <class Enumeration>
@@ -46,7 +47,7 @@ template <class Enumeration>
 std::optional<Enumeration> fromRawValue(std::string_view text);
 
 template <>
-std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
+TROVI_EXPORT std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
 
 /// A destination: a project under which messages are filed, with a standing instruction. Identified
 /// by `id`.
@@ -84,11 +85,11 @@ struct Recado {
 
 /// Combines all fields in the order of their declaration; equal records have equal hashes.
 template <>
-struct std::hash<trovi::Destino> {
+struct TROVI_EXPORT std::hash<trovi::Destino> {
   std::size_t operator()(const trovi::Destino& destino) const;
 };
 
 template <>
-struct std::hash<trovi::Recado> {
+struct TROVI_EXPORT std::hash<trovi::Recado> {
   std::size_t operator()(const trovi::Recado& recado) const;
 };

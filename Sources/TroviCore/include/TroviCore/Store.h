@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "TroviCore/Database.h"
+#include "TroviCore/Export.h"
 #include "TroviCore/Models.h"
 
 namespace trovi {
@@ -74,7 +75,7 @@ struct RemoteStatus {
 ///
 /// Safe from any thread; statements run one at a time (see Database). Another thread's or process's
 /// statement may come between the two of one operation.
-class TroviStore {
+class TROVI_EXPORT TroviStore {
  public:
   /// Opens the file and brings it to the current layout: creates what is missing, adds the columns
   /// and triggers of the synchroniser to a file of the earlier layout, and seeds three destinations

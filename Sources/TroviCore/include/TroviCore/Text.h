@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "TroviCore/Export.h"
 #include "TroviCore/Models.h"
 
 namespace trovi {
@@ -14,7 +15,7 @@ namespace trovi {
 /// Functions of a transcript, without state and safe from any thread. A character is what a user
 /// perceives as one: a letter with its accents, a flag, a family, CR LF. Any bytes may come in:
 /// ill-formed UTF-8 counts as U+FFFD.
-struct TroviText {
+struct TROVI_EXPORT TroviText {
   TroviText() = delete;
 
   /// A title for the message: its first sentence, which ends before ".", "!", "?" or a line feed.
