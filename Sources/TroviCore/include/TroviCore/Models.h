@@ -1,5 +1,5 @@
 /// @file
-/// The records of the inbox: plain values, copied freely, compared by all their fields.
+/// The records of the inbox: plain values, copied freely, compared and hashed by all their fields.
 #pragma once
 
 #include <array>
@@ -35,12 +35,14 @@ TROVI_EXPORT std::string_view label(RecadoStatus status);
 template <class Enumeration>
 constexpr auto allCases();
 
+/// transcrevendo, pendente, pego, resolvido, falhou.
 template <>
 constexpr auto allCases<RecadoStatus>() {
   using enum RecadoStatus;
   return std::array{transcrevendo, pendente, pego, resolvido, falhou};
 }
 
+/// @{
 /// The case whose raw value is exactly `text`; absent for any other text, in other case or with
 /// blanks around it included.
 template <class Enumeration>
@@ -48,6 +50,7 @@ std::optional<Enumeration> fromRawValue(std::string_view text);
 
 template <>
 TROVI_EXPORT std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
+/// @}
 
 /// A destination: a project under which messages are filed, with a standing instruction. Identified
 /// by `id`.
@@ -58,7 +61,7 @@ struct Destino {
   std::string colorHex;     ///< "#" and six hexadecimal digits; not validated
   std::int64_t sort;        ///< position in lists, which go by `sort`, then by `name`
 
-  bool operator==(const Destino&) const = default;
+  bool operator==(const Destino&) const = default;  ///< all fields are equal
 };
 
 /// A voice message. Identified by `id`. The record does not hold the fields of a claim or a result
@@ -78,12 +81,13 @@ struct Recado {
   std::optional<Date> resolvedAt{};        ///< when it was resolved
   std::optional<std::string> language{};   ///< language of the transcript
 
-  bool operator==(const Recado&) const = default;
+  bool operator==(const Recado&) const = default;  ///< all fields are equal
 };
 
 }  // namespace trovi
 
-/// Combines all fields in the order of their declaration; equal records have equal hashes.
+/// @cond
+// Combines all fields in the order of their declaration; equal records have equal hashes.
 template <>
 struct TROVI_EXPORT std::hash<trovi::Destino> {
   std::size_t operator()(const trovi::Destino& destino) const;
@@ -93,3 +97,4 @@ template <>
 struct TROVI_EXPORT std::hash<trovi::Recado> {
   std::size_t operator()(const trovi::Recado& recado) const;
 };
+/// @endcond

@@ -17,53 +17,57 @@ namespace trovi {
 
 /// Which messages `TroviStore::recados` lists; an absent condition admits all.
 struct RecadoFilter {
-  std::optional<RecadoStatus> status{};
-  std::optional<std::string> destinoID{};
+  std::optional<RecadoStatus> status{};    ///< exactly this one
+  std::optional<std::string> destinoID{};  ///< filed under this `id`
   /// A text anywhere in the transcript, the title or the result. ASCII letters match in either
   /// case; "%" and "_" are wildcards. A text of blanks only is no condition.
   std::optional<std::string> search{};
   std::int64_t limit;  ///< at most this many; negative: all
 };
 
+/// Who claims which message.
 struct RecadoClaim {
-  std::string id;
+  std::string id;  ///< of the message
   std::string by;  ///< who claims
 };
 
+/// What was done with a message, and by whom.
 struct RecadoResolution {
-  std::string id;
+  std::string id;                   ///< of the message
   std::string result;               ///< what was done
   std::optional<std::string> by{};  ///< who resolves; absent: the claimer stays
 };
 
+/// What a transcription yielded.
 struct FinishedTranscription {
-  std::string id;
-  std::string transcript;
-  std::string title;
+  std::string id;                          ///< of the message
+  std::string transcript;                  ///< may be empty
+  std::string title;                       ///< see TroviText::titleFrom
   std::optional<std::string> destinoID{};  ///< absent: unfiled
   std::optional<std::string> language{};   ///< absent: cleared
 };
 
+/// Where a message goes.
 struct RecadoFiling {
-  std::string id;
+  std::string id;                          ///< of the message
   std::optional<std::string> destinoID{};  ///< absent: unfiled
 };
 
 /// A message that the remote copy now holds as it was in `version`.
 struct UploadedVersion {
-  std::string id;
+  std::string id;        ///< of the message
   std::int64_t version;  ///< as `TroviStore::pendingUploads` gave it
 };
 
 /// The state of a message in the remote copy. An absent field clears the local one.
 struct RemoteStatus {
-  std::string id;
-  RecadoStatus status;
-  std::optional<std::string> claimedBy{};
-  std::optional<Date> claimedAt{};
-  std::optional<std::string> result{};
-  std::optional<Date> resolvedAt{};
-  double updatedAt;  ///< when it came about, seconds since 1970
+  std::string id;                          ///< of the message
+  RecadoStatus status;                     ///< where it stands there
+  std::optional<std::string> claimedBy{};  ///< who claimed or resolved it
+  std::optional<Date> claimedAt{};         ///< when it was claimed
+  std::optional<std::string> result{};     ///< what was done
+  std::optional<Date> resolvedAt{};        ///< when it was resolved
+  double updatedAt;                        ///< when it came about, seconds since 1970
 };
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
@@ -79,7 +83,8 @@ class TROVI_EXPORT TroviStore {
  public:
   /// Opens the file and brings it to the current layout: creates what is missing, adds the columns
   /// and triggers of the synchroniser to a file of the earlier layout, and seeds three destinations
-  /// once in the life of a file.
+  /// once in the life of a file. The folder must exist. Throws DatabaseError; what was brought
+  /// about until then stays, and the next opening goes on from there.
   explicit TroviStore(const std::filesystem::path& path);
 
   Database& db() { return db_; }  ///< the store's connection, which lives as long as the store
@@ -113,9 +118,10 @@ class TROVI_EXPORT TroviStore {
   void setStatus(const std::string& id, RecadoStatus status,
                  const std::optional<std::string>& title = {});
 
+  /// Files the message under a destination, which need not exist, or unfiles it.
   void setDestino(const RecadoFiling& filing);
 
-  /// The file itself is not touched.
+  /// Sets where the recording is. The file itself is not touched.
   void setAudioPath(const std::string& id, const std::optional<std::string>& path);
 
   /// Makes a message `pego` that is `pendente` or `pego`, and returns it as it then stands: an
@@ -168,7 +174,7 @@ class TROVI_EXPORT TroviStore {
 
   /// A message with local changes.
   struct PendingUpload {
-    Recado recado;
+    Recado recado;         ///< as stored
     double updatedAt;      ///< last change of state, or else the recording; seconds since 1970
     std::int64_t version;  ///< its counter of changes as read, for `markUploaded`
   };
