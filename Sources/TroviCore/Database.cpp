@@ -144,7 +144,8 @@ DatabaseError DatabaseError::query(const std::string& message) {
   return {Kind::query, "Erro no banco: " + message};
 }
 
-class Database::Connection {
+/// Hidden, or its templates would leave a shared library because the class around it does.
+class __attribute__((visibility("hidden"))) Database::Connection {
  public:
   explicit Connection(const std::filesystem::path& path) {
     // Absolute, since SQLite takes "" for a private file, ":memory:" for none and "file:" for a

@@ -37,6 +37,27 @@ bool isBlank(utf8proc_int32_t scalar) {
   return utf8proc_category(scalar) == UTF8PROC_CATEGORY_ZS;
 }
 
+bool isWhiteSpace(utf8proc_int32_t scalar) {
+  return isBlank(scalar) || (scalar >= 0x0A && scalar <= 0x0D) || scalar == 0x85 ||
+         scalar == 0x2028 || scalar == 0x2029;
+}
+
+template <class Predicate>
+std::string_view trimmed(std::string_view text, Predicate isTrimmed) {
+  while (!text.empty()) {
+    const auto [scalar, length] = firstScalar(text);
+    if (!isTrimmed(scalar)) break;
+    text.remove_prefix(length);
+  }
+  while (!text.empty()) {
+    std::size_t last = text.size() - 1;
+    while (last > 0 && (static_cast<unsigned char>(text[last]) & 0xC0) == 0x80) --last;
+    if (!isTrimmed(firstScalar(text.substr(last)).value)) break;
+    text.remove_suffix(text.size() - last);
+  }
+  return text;
+}
+
 bool isMark(utf8proc_int32_t scalar) {
   const auto category = utf8proc_category(scalar);
   return category == UTF8PROC_CATEGORY_MN || category == UTF8PROC_CATEGORY_ME ||
@@ -68,19 +89,33 @@ std::string withoutDiacritics(std::string_view decomposed) {
 
 }  // namespace
 
-std::string_view trimmedBlanks(std::string_view text) {
-  while (!text.empty()) {
-    const auto [scalar, length] = firstScalar(text);
-    if (!isBlank(scalar)) break;
-    text.remove_prefix(length);
+std::string_view trimmedBlanks(std::string_view text) { return trimmed(text, isBlank); }
+
+std::string_view trimmedWhiteSpace(std::string_view text) { return trimmed(text, isWhiteSpace); }
+
+std::string_view firstCluster(std::string_view text) {
+  if (text.empty()) return text;
+  auto [scalar, end] = firstScalar(text);
+  utf8proc_int32_t state = 0;
+  while (end < text.size()) {
+    const auto [next, length] = firstScalar(text.substr(end));
+    if (utf8proc_grapheme_break_stateful(scalar, next, &state)) break;
+    scalar = next;
+    end += length;
   }
-  while (!text.empty()) {
-    std::size_t last = text.size() - 1;
-    while (last > 0 && (static_cast<unsigned char>(text[last]) & 0xC0) == 0x80) --last;
-    if (!isBlank(firstScalar(text.substr(last)).value)) break;
-    text.remove_suffix(text.size() - last);
-  }
-  return text;
+  return text.substr(0, end);
+}
+
+std::string_view firstClusters(std::string_view text, std::size_t count) {
+  std::size_t end = 0;
+  for (; count > 0 && end < text.size(); --count) end += firstCluster(text.substr(end)).size();
+  return text.substr(0, end);
+}
+
+std::size_t clusterCount(std::string_view text) {
+  std::size_t count = 0;
+  for (; !text.empty(); ++count) text.remove_prefix(firstCluster(text).size());
+  return count;
 }
 
 std::string folded(std::string_view text) {

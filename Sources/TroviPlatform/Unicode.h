@@ -2,6 +2,7 @@
 // result, valid UTF-8.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,20 @@ std::string_view repairedUTF8(std::string_view bytes, std::string& storage);
 
 /// `text` without blanks (category Zs, and tab) at either end. Line breaks stay.
 std::string_view trimmedBlanks(std::string_view text);
+
+/// `text` without white space at either end: blanks, and the line breaks U+000A to U+000D, U+0085,
+/// U+2028 and U+2029.
+std::string_view trimmedWhiteSpace(std::string_view text);
+
+/// What a user perceives as the first character of `text`, an extended grapheme cluster; empty
+/// when `text` is.
+std::string_view firstCluster(std::string_view text);
+
+/// The first `count` of them; all when there are fewer.
+std::string_view firstClusters(std::string_view text, std::size_t count);
+
+/// How many there are.
+std::size_t clusterCount(std::string_view text);
 
 /// `text` without case and diacritical marks, independently of any locale: two texts that differ
 /// only in these, or are canonically equivalent, fold to the same bytes.

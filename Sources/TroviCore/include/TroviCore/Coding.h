@@ -7,18 +7,20 @@
 #include <string>
 #include <string_view>
 
+#include "TroviCore/Export.h"
 #include "TroviCore/Models.h"
 
 namespace trovi {
 
 /// A record that cannot be read from a document, or a value that a document cannot hold. what() is
 /// the key and the reason: "title: missing".
-class CodingError : public std::runtime_error {
+class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
+  /// An error of the value under `key`, or of the whole document when that is empty.
   CodingError(const std::string& key, const std::string& reason);
 
   const std::string& key() const noexcept { return key_; }  ///< empty: the document as a whole
-  const std::string& reason() const noexcept { return reason_; }
+  const std::string& reason() const noexcept { return reason_; }  ///< what was expected, in English
 
  private:
   std::string key_;
@@ -28,41 +30,51 @@ class CodingError : public std::runtime_error {
 /// Receives the fields of one record in the order of their declaration; absent fields are left out.
 /// How a value is written is its choice: a date comes as a date. An implementation throws what it
 /// likes, preferably CodingError.
-class KeyedEncoder {
+class TROVI_EXPORT KeyedEncoder {
  public:
   virtual ~KeyedEncoder() = default;
+  /// @{
+  /// Receives the value of one field. Both texts are valid during the call only.
   virtual void encodeText(std::string_view key, std::string_view value) = 0;
   virtual void encodeInteger(std::string_view key, std::int64_t value) = 0;
   virtual void encodeNumber(std::string_view key, double value) = 0;
   virtual void encodeDate(std::string_view key, Date value) = 0;
+  /// @}
 };
 
-/// Gives out the values of one document by key. Each decode operation throws CodingError when the
-/// key is missing or its value is of another kind.
-class KeyedDecoder {
+/// Gives out the values of one document by key.
+class TROVI_EXPORT KeyedDecoder {
  public:
   virtual ~KeyedDecoder() = default;
   /// Whether there is a value under `key` other than null.
   virtual bool contains(std::string_view key) const = 0;
+  /// @{
+  /// The value under `key`. Throws CodingError when it is missing or of another kind.
   virtual std::string decodeText(std::string_view key) const = 0;
   virtual std::int64_t decodeInteger(std::string_view key) const = 0;
   virtual double decodeNumber(std::string_view key) const = 0;
   virtual Date decodeDate(std::string_view key) const = 0;
+  /// @}
 };
 
-/// Hands every field that is present to `encoder`; a status as its raw value.
-void encode(const Destino& destino, KeyedEncoder& encoder);
-void encode(const Recado& recado, KeyedEncoder& encoder);
+/// @{
+/// Hands every field that is present to `encoder`; a status as its raw value. What the encoder
+/// throws passes through. The keys are those of documents in use: they never change.
+TROVI_EXPORT void encode(const Destino& destino, KeyedEncoder& encoder);
+TROVI_EXPORT void encode(const Recado& recado, KeyedEncoder& encoder);
+/// @}
 
+/// @{
 /// Reads a record: Destino or Recado. Optional fields may be missing or null; every other field is
 /// required, and a status must be one of the five raw values. Other keys are ignored. Throws
 /// CodingError.
 template <class Record>
 Record decode(const KeyedDecoder& decoder);
 template <>
-Destino decode<Destino>(const KeyedDecoder& decoder);
+TROVI_EXPORT Destino decode<Destino>(const KeyedDecoder& decoder);
 template <>
-Recado decode<Recado>(const KeyedDecoder& decoder);
+TROVI_EXPORT Recado decode<Recado>(const KeyedDecoder& decoder);
+/// @}
 
 /// How a JSON document holds dates.
 enum class JSONDates {
@@ -70,17 +82,21 @@ enum class JSONDates {
   iso8601,           ///< "2025-06-18T14:03:22Z": whole seconds, years 0000 to 9999
 };
 
+/// @{
 /// The record as one JSON object without white space. Throws CodingError for a number or date that
 /// is not finite.
-std::string toJSON(const Destino& destino);
-std::string toJSON(const Recado& recado, JSONDates dates);
+TROVI_EXPORT std::string toJSON(const Destino& destino);
+TROVI_EXPORT std::string toJSON(const Recado& recado, JSONDates dates);
+/// @}
 
+/// @{
 /// The record, Destino or Recado, in one JSON object; `text` may be any bytes. Throws CodingError.
 template <class Record>
 Record fromJSON(std::string_view text, JSONDates dates = JSONDates::secondsSince1970);
 template <>
-Destino fromJSON<Destino>(std::string_view text, JSONDates dates);
+TROVI_EXPORT Destino fromJSON<Destino>(std::string_view text, JSONDates dates);
 template <>
-Recado fromJSON<Recado>(std::string_view text, JSONDates dates);
+TROVI_EXPORT Recado fromJSON<Recado>(std::string_view text, JSONDates dates);
+/// @}
 
 }  // namespace trovi

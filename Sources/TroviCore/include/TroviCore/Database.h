@@ -15,28 +15,37 @@
 #include <vector>
 
 #include "TroviCore/Date.h"
+#include "TroviCore/Export.h"
 
 namespace trovi {
 
 /// One value that is bound to a statement or read from a column. There is no blob: the file holds
 /// none, and one that is found reads as null.
-class SQLValue {
+class TROVI_EXPORT SQLValue {
  public:
+  /// @{
+  /// A value of one kind. A text is UTF-8.
   static SQLValue text(std::string value) { return SQLValue(std::move(value)); }
   static SQLValue real(double value) { return SQLValue(value); }
   static SQLValue integer(std::int64_t value) { return SQLValue(value); }
   static SQLValue null() { return SQLValue(std::monostate{}); }
+  /// @}
 
+  /// @{
   /// The value, or null when it is absent. A date is stored as `real` seconds since 1970.
   static SQLValue from(std::optional<std::string> value);
   static SQLValue from(std::optional<double> value);
   static SQLValue from(std::optional<Date> value);
+  /// @}
 
-  // The value as one kind, or null when it is of another. The pointer lives as long as the value.
+  /// @{
+  /// The value as one kind, a null pointer when it is of another. It points into the value.
   const std::string* asText() const { return std::get_if<std::string>(&content_); }
   std::string* asText() { return std::get_if<std::string>(&content_); }
   const double* asReal() const { return std::get_if<double>(&content_); }
   const std::int64_t* asInteger() const { return std::get_if<std::int64_t>(&content_); }
+  /// @}
+  /// Whether it is SQL's null.
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
 
  private:
@@ -51,16 +60,19 @@ class SQLValue {
 ///
 /// The readers never throw and never convert between texts and numbers: what is missing, null or of
 /// another kind is absent, and the caller has its default.
-class Row {
+class TROVI_EXPORT Row {
  public:
-  using Names = std::vector<std::string>;
+  using Names = std::vector<std::string>;  ///< of the columns, in their order
 
+  /// A row of as many `values` as there are `names`.
   Row(std::shared_ptr<const Names> names, std::vector<SQLValue> values);
+  /// A row of its own, for those who make one by hand.
   Row(std::initializer_list<std::pair<std::string, SQLValue>> columns);
 
   /// The value of a column, null included; a null pointer for a name that is not in the row.
   const SQLValue* find(std::string_view column) const;
 
+  /// The text in a column.
   std::optional<std::string> stringValue(std::string_view column) const;
   /// An integer counts as the nearest double.
   std::optional<double> doubleValue(std::string_view column) const;
@@ -82,8 +94,9 @@ class Row {
 
 /// The one error of the storage layer. what() is its description: a Portuguese prefix that never
 /// changes, and SQLite's own message.
-class DatabaseError : public std::runtime_error {
+class TROVI_EXPORT DatabaseError : public std::runtime_error {
  public:
+  /// What failed.
   enum class Kind {
     open,   ///< the file could not be opened
     query,  ///< a statement failed
@@ -91,8 +104,8 @@ class DatabaseError : public std::runtime_error {
   static DatabaseError open(const std::string& message);   ///< "Não abri o banco: " + message
   static DatabaseError query(const std::string& message);  ///< "Erro no banco: " + message
 
-  Kind kind() const noexcept { return kind_; }
-  std::string description() const { return what(); }
+  Kind kind() const noexcept { return kind_; }        ///< what failed
+  std::string description() const { return what(); }  ///< as the user may read it
 
  private:
   DatabaseError(Kind kind, const std::string& description);
@@ -107,7 +120,7 @@ class DatabaseError : public std::runtime_error {
 /// arrival. Every statement stands for itself; there are no transactions beyond those that a script
 /// opens. Texts end at their first NUL, on the way in and out; ill-formed UTF-8 that is read
 /// becomes U+FFFD. Nothing is cached, and the connection closes with the object.
-class Database {
+class TROVI_EXPORT Database {
  public:
   /// Opens the file, creating it when it is missing; its folder must exist. Throws DatabaseError.
   explicit Database(const std::filesystem::path& path);

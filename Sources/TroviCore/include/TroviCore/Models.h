@@ -1,5 +1,5 @@
 /// @file
-/// The records of the inbox: plain values, copied freely, compared by all their fields.
+/// The records of the inbox: plain values, copied freely, compared and hashed by all their fields.
 #pragma once
 
 #include <array>
@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "TroviCore/Date.h"
+#include "TroviCore/Export.h"
 
 namespace trovi {
 
@@ -25,28 +26,31 @@ enum class RecadoStatus {
 
 /// The status as it is stored in the file, compared in SQL and shown to the assistant: "pendente".
 /// A file format: these texts never change.
-std::string_view rawValue(RecadoStatus status);
+TROVI_EXPORT std::string_view rawValue(RecadoStatus status);
 
 /// The status as the user reads it, in Portuguese: "Pego pela IA".
-std::string_view label(RecadoStatus status);
+TROVI_EXPORT std::string_view label(RecadoStatus status);
 
 /// All cases of an enumeration in the order of their declaration.
 template <class Enumeration>
 constexpr auto allCases();
 
+/// transcrevendo, pendente, pego, resolvido, falhou.
 template <>
 constexpr auto allCases<RecadoStatus>() {
   using enum RecadoStatus;
   return std::array{transcrevendo, pendente, pego, resolvido, falhou};
 }
 
+/// @{
 /// The case whose raw value is exactly `text`; absent for any other text, in other case or with
 /// blanks around it included.
 template <class Enumeration>
 std::optional<Enumeration> fromRawValue(std::string_view text);
 
 template <>
-std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
+TROVI_EXPORT std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
+/// @}
 
 /// A destination: a project under which messages are filed, with a standing instruction. Identified
 /// by `id`.
@@ -57,7 +61,7 @@ struct Destino {
   std::string colorHex;     ///< "#" and six hexadecimal digits; not validated
   std::int64_t sort;        ///< position in lists, which go by `sort`, then by `name`
 
-  bool operator==(const Destino&) const = default;
+  bool operator==(const Destino&) const = default;  ///< all fields are equal
 };
 
 /// A voice message. Identified by `id`. The record does not hold the fields of a claim or a result
@@ -77,18 +81,20 @@ struct Recado {
   std::optional<Date> resolvedAt{};        ///< when it was resolved
   std::optional<std::string> language{};   ///< language of the transcript
 
-  bool operator==(const Recado&) const = default;
+  bool operator==(const Recado&) const = default;  ///< all fields are equal
 };
 
 }  // namespace trovi
 
-/// Combines all fields in the order of their declaration; equal records have equal hashes.
+/// @cond
+// Combines all fields in the order of their declaration; equal records have equal hashes.
 template <>
-struct std::hash<trovi::Destino> {
+struct TROVI_EXPORT std::hash<trovi::Destino> {
   std::size_t operator()(const trovi::Destino& destino) const;
 };
 
 template <>
-struct std::hash<trovi::Recado> {
+struct TROVI_EXPORT std::hash<trovi::Recado> {
   std::size_t operator()(const trovi::Recado& recado) const;
 };
+/// @endcond

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include "TroviCore/Export.h"
+
 namespace trovi {
 
 /// The user's data folder and what is in it; all paths are absolute. The folder is
@@ -12,7 +14,7 @@ namespace trovi {
 ///
 /// Each call makes the folders that it names when they are missing. A failure to do so is silent:
 /// it shows when something in them is opened. Safe from any thread that does not change HOME.
-struct TroviPaths {
+struct TROVI_EXPORT TroviPaths {
   TroviPaths() = delete;
 
   static std::filesystem::path supportDirectory();  ///< made when missing

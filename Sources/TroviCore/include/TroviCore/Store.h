@@ -10,43 +10,64 @@
 #include <vector>
 
 #include "TroviCore/Database.h"
+#include "TroviCore/Export.h"
 #include "TroviCore/Models.h"
 
 namespace trovi {
 
 /// Which messages `TroviStore::recados` lists; an absent condition admits all.
 struct RecadoFilter {
-  std::optional<RecadoStatus> status{};
-  std::optional<std::string> destinoID{};
+  std::optional<RecadoStatus> status{};    ///< exactly this one
+  std::optional<std::string> destinoID{};  ///< filed under this `id`
   /// A text anywhere in the transcript, the title or the result. ASCII letters match in either
-  /// case;
-  /// "%" and "_" are wildcards. A text of blanks only is no condition.
+  /// case; "%" and "_" are wildcards. A text of blanks only is no condition.
   std::optional<std::string> search{};
   std::int64_t limit;  ///< at most this many; negative: all
 };
 
+/// Who claims which message.
 struct RecadoClaim {
-  std::string id;
+  std::string id;  ///< of the message
   std::string by;  ///< who claims
 };
 
+/// What was done with a message, and by whom.
 struct RecadoResolution {
-  std::string id;
+  std::string id;                   ///< of the message
   std::string result;               ///< what was done
   std::optional<std::string> by{};  ///< who resolves; absent: the claimer stays
 };
 
+/// What a transcription yielded.
 struct FinishedTranscription {
-  std::string id;
-  std::string transcript;
-  std::string title;
+  std::string id;                          ///< of the message
+  std::string transcript;                  ///< may be empty
+  std::string title;                       ///< see TroviText::titleFrom
   std::optional<std::string> destinoID{};  ///< absent: unfiled
   std::optional<std::string> language{};   ///< absent: cleared
 };
 
+/// Where a message goes.
 struct RecadoFiling {
-  std::string id;
+  std::string id;                          ///< of the message
   std::optional<std::string> destinoID{};  ///< absent: unfiled
+};
+
+/// A message that the remote copy now holds as it was in `version`.
+struct UploadedVersion {
+  std::string id;        ///< of the message
+  std::int64_t version;  ///< as `TroviStore::pendingUploads` gave it
+};
+
+/// The state of a message in the remote copy. An absent field clears the local one.
+struct RemoteStatus {
+  std::string id;                          ///< of the message
+  RecadoStatus status;                     ///< where it stands there
+  std::optional<std::string> claimedBy{};  ///< who claimed or resolved it
+  std::optional<Date> claimedAt{};         ///< when it was claimed
+  std::optional<std::string> result{};     ///< what was done
+  std::optional<Date> resolvedAt{};        ///< when it was resolved
+  double updatedAt;                        ///< when it came about, seconds since 1970
 };
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
@@ -58,11 +79,12 @@ struct RecadoFiling {
 ///
 /// Safe from any thread; statements run one at a time (see Database). Another thread's or process's
 /// statement may come between the two of one operation.
-class TroviStore {
+class TROVI_EXPORT TroviStore {
  public:
   /// Opens the file and brings it to the current layout: creates what is missing, adds the columns
   /// and triggers of the synchroniser to a file of the earlier layout, and seeds three destinations
-  /// once in the life of a file.
+  /// once in the life of a file. The folder must exist. Throws DatabaseError; what was brought
+  /// about until then stays, and the next opening goes on from there.
   explicit TroviStore(const std::filesystem::path& path);
 
   Database& db() { return db_; }  ///< the store's connection, which lives as long as the store
@@ -96,9 +118,10 @@ class TroviStore {
   void setStatus(const std::string& id, RecadoStatus status,
                  const std::optional<std::string>& title = {});
 
+  /// Files the message under a destination, which need not exist, or unfiles it.
   void setDestino(const RecadoFiling& filing);
 
-  /// The file itself is not touched.
+  /// Sets where the recording is. The file itself is not touched.
   void setAudioPath(const std::string& id, const std::optional<std::string>& path);
 
   /// Makes a message `pego` that is `pendente` or `pego`, and returns it as it then stands: an
@@ -140,6 +163,57 @@ class TroviStore {
 
   /// Unfiles the destination's messages, then removes it.
   void deleteDestino(const std::string& id);
+
+  /// @}
+  /// @name Synchronisation
+  /// What a synchroniser needs to keep a remote copy in step. Each message has a counter of its
+  /// local changes, of content and of state, which every change raises and 0 calls uploaded; each
+  /// deleted message leaves its id. Messages and ids change hands without locks: what changes while
+  /// an upload is under way stays marked. Repeating a list that was worked off in part is harmless.
+  /// @{
+
+  /// A message with local changes.
+  struct PendingUpload {
+    Recado recado;         ///< as stored
+    double updatedAt;      ///< last change of state, or else the recording; seconds since 1970
+    std::int64_t version;  ///< its counter of changes as read, for `markUploaded`
+  };
+
+  /// The messages with local changes, oldest recording first, at most `limit`; negative: all.
+  std::vector<PendingUpload> pendingUploads(std::int64_t limit);
+
+  /// Marks messages as uploaded, one by one. One that changed after its `version` was read stays
+  /// marked and is offered again.
+  void markUploaded(const std::vector<UploadedVersion>& uploaded);
+
+  /// Offers every message for upload again, then forgets the deletions that are not uploaded: for
+  /// a remote copy that starts afresh.
+  void markAllForUpload();
+
+  /// The ids of deleted messages, oldest deletion first, at most `limit`; negative: all. A message
+  /// that was inserted again under its id is not among them.
+  std::vector<std::string> pendingDeletions(std::int64_t limit);
+
+  /// Forgets deletions that are uploaded, one by one.
+  void clearDeletions(const std::vector<std::string>& ids);
+
+  /// Takes over the remote state of a message that is `pendente`, `pego` or `resolvido`, if it is
+  /// newer than the local one. It does not count as a local change, and local changes that wait
+  /// for their upload go on waiting. False, with nothing changed, when the id is unknown, the
+  /// status refuses, or the local state is newer or of the same time.
+  bool applyRemoteStatus(const RemoteStatus& remote);
+
+  /// @}
+  /// @name Metadata
+  /// Texts by key, kept with the inbox: a synchroniser's own state. The key "seeded" is the store's
+  /// and never changes.
+  /// @{
+
+  /// The text under this key; absent when there is none.
+  std::optional<std::string> meta(const std::string& key);
+
+  /// Stores a text under this key in place of an earlier one; without a text, removes the key.
+  void setMeta(const std::string& key, const std::optional<std::string>& value);
 
   /// @}
 

@@ -1,0 +1,121 @@
+#include "TroviCore/Text.h"
+
+#include <algorithm>
+#include <array>
+
+#include "Unicode.h"
+
+namespace trovi {
+namespace {
+
+using platform::firstCluster;
+
+constexpr std::size_t titleLength = 60;
+constexpr std::size_t spanLength = 160;
+
+/// In their order, folded, each with its space.
+constexpr std::array<std::string_view, 7> leadIns{
+    "pro ", "pra ", "para ", "para o ", "para a ", "pro destino ", "no destino "};
+
+bool isSeparator(std::string_view cluster) {
+  return cluster == "." || cluster == "!" || cluster == "?" || cluster == "\n";
+}
+
+/// The first piece between separators that is not empty; all of `text` when there is none.
+std::string_view firstSentence(std::string_view text) {
+  std::size_t start = 0;
+  std::size_t end = 0;
+  while (end < text.size()) {
+    const std::string_view cluster = firstCluster(text.substr(end));
+    if (isSeparator(cluster)) {
+      if (end > start) break;
+      start = end + cluster.size();
+    }
+    end += cluster.size();
+  }
+  return end > start ? text.substr(start, end - start) : text;
+}
+
+std::string_view beforeLastSpace(std::string_view text) {
+  std::size_t kept = text.size();
+  for (std::size_t i = 0; i < text.size();) {
+    const std::string_view cluster = firstCluster(text.substr(i));
+    if (cluster == " ") kept = i;
+    i += cluster.size();
+  }
+  return text.substr(0, kept);
+}
+
+/// A text to search for runs of whole characters.
+///
+/// Bytes alone would be fickle: a mark after the searched text hides it where the two compose to
+/// one letter, and would not where no such letter exists.
+class Span {
+ public:
+  explicit Span(std::string text) : text_(std::move(text)), isBorder_(text_.size() + 1) {
+    for (std::size_t i = 0; i < text_.size();) {
+      isBorder_[i] = true;
+      i += firstCluster(std::string_view(text_).substr(i)).size();
+    }
+    isBorder_[text_.size()] = true;
+  }
+
+  bool contains(std::string_view part) const {
+    for (auto i = text_.find(part); i != std::string::npos; i = text_.find(part, i + 1)) {
+      if (isBorder_[i] && isBorder_[i + part.size()]) return true;
+    }
+    return false;
+  }
+
+ private:
+  std::string text_;
+  std::vector<bool> isBorder_;  ///< whether a character begins or the text ends at a byte
+};
+
+struct Candidate {
+  const Destino* destino;
+  std::string name;
+  std::size_t length;  ///< of the name, in characters
+};
+
+bool isNamed(const Candidate& candidate, const Span& span) {
+  const std::string name = platform::folded(candidate.name);
+  return !name.empty() && std::any_of(leadIns.begin(), leadIns.end(), [&](std::string_view leadIn) {
+    return span.contains(std::string(leadIn) + name);
+  });
+}
+
+}  // namespace
+
+std::string TroviText::titleFrom(std::string_view transcript) {
+  std::string storage;
+  const std::string_view text =
+      platform::trimmedWhiteSpace(platform::repairedUTF8(transcript, storage));
+  if (text.empty()) return "Recado sem fala";
+  const std::string_view sentence = firstSentence(text);
+  const std::string_view start = platform::firstClusters(sentence, titleLength);
+  if (start.size() == sentence.size()) return std::string(sentence);
+  return std::string(beforeLastSpace(start)) + "…";
+}
+
+std::optional<Destino> TroviText::destinoMentioned(std::string_view transcript,
+                                                   const std::vector<Destino>& destinos) {
+  std::string storage;
+  const Span span(platform::folded(
+      platform::firstClusters(platform::repairedUTF8(transcript, storage), spanLength)));
+  std::vector<Candidate> candidates;
+  candidates.reserve(destinos.size());
+  for (const Destino& destino : destinos) {
+    std::string name = platform::repairedUTF8(destino.name);
+    const std::size_t length = platform::clusterCount(name);
+    candidates.push_back({.destino = &destino, .name = std::move(name), .length = length});
+  }
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [](const Candidate& a, const Candidate& b) { return a.length > b.length; });
+  for (const Candidate& candidate : candidates) {
+    if (isNamed(candidate, span)) return *candidate.destino;
+  }
+  return {};
+}
+
+}  // namespace trovi

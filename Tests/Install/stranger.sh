@@ -1,0 +1,26 @@
+#!/bin/sh
+# Installs the library of a build tree, moves it elsewhere, and builds and runs a stranger's
+# program on it: by CMake and by pkg-config.
+# usage: stranger.sh BUILD-TREE WORK-FOLDER LIBDIR static|shared VERSION
+set -eux
+tree=$1 work=$2 libdir=$3 flavour=$4 version=$5
+stranger=$(dirname "$0")/Stranger
+
+rm -rf "$work"
+"$CMAKE" --install "$tree" --component TroviCore --prefix "$work/installed"
+mv "$work/installed" "$work/moved"
+if [ "$flavour" = shared ]; then
+  # The machine's own folder and the connection's insides are nobody's business.
+  if nm -DC --defined-only "$work/moved/$libdir"/libTroviCore.* | grep -E 'platform::|Connection'
+  then exit 1; fi
+fi
+
+"$CMAKE" -S "$stranger" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/moved"
+"$CMAKE" --build "$work/build"
+"$work/build/stranger" "$work/by-cmake"
+
+export PKG_CONFIG_PATH="$work/moved/$libdir/pkgconfig"
+[ "$(pkg-config --modversion TroviCore)" = "$version" ]
+"$CXX" -std=c++20 "$stranger/main.cpp" -o "$work/stranger" \
+  $(pkg-config --cflags --libs TroviCore) -Wl,-rpath,"$work/moved/$libdir"
+"$work/stranger" "$work/by-pkg-config"
