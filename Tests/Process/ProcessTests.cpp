@@ -320,7 +320,7 @@ TEST(Lock, OfTwoSecondsDelaysAClaimButNoReading) {
   const Home home;
   Home::file({"A"});
   Database other(Home::inbox());
-  other.execute("BEGIN IMMEDIATE");
+  other.execute("BEGIN EXCLUSIVE");  // which only the write-ahead log lets readers pass
   ServerProcess server({.home = home});
   EXPECT_TRUE(succeeded(ask(server, call("inbox_list", "{}"))));
   server.send(call("recado_claim", R"({"id":"A"})"));
