@@ -1,7 +1,6 @@
 #include "TroviCore/Coding.h"
 
 #include <cmath>
-#include <concepts>
 
 #include "Fields.h"
 #include "ISO8601.h"

@@ -152,6 +152,7 @@ class __attribute__((visibility("hidden"))) Database::Connection {
     // URI.
     std::error_code noWorkingFolder;
     const auto absolute = std::filesystem::current_path(noWorkingFolder) / path;
+    if (absolute.is_relative()) throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN));
     sqlite3* opened = nullptr;
     const int code = sqlite3_open_v2(
         absolute.c_str(), &opened,

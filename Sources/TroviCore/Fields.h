@@ -1,6 +1,9 @@
 // The fields of the records, once: what hashes and what encodes cannot drift apart.
 #pragma once
 
+#include <concepts>
+#include <type_traits>
+
 #include "TroviCore/Models.h"
 
 namespace trovi {

@@ -1,7 +1,5 @@
 #include "TroviCore/Models.h"
 
-#include <algorithm>
-
 #include "Fields.h"
 
 namespace trovi {

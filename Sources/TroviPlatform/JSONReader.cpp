@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <charconv>
 
 #include "ByteScan.h"
@@ -104,7 +103,7 @@ class Reader {
 
   bool object(JSONValue& out) {
     std::vector<JSONObject::Member> members;
-    members.reserve(4);  // as many as a request has
+    if (depth_ == 1) members.reserve(4);  // as many as a request has
     for (bool done = take('}'); !done;) {
       auto& [key, member] = members.emplace_back();
       if (!string(key)) return false;

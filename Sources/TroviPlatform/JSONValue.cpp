@@ -69,6 +69,7 @@ bool operator==(const JSONValue& left, const JSONValue& right) {
   if (left.content_.index() != right.content_.index()) return false;
   if (left.array() != nullptr) return sameContent(left.array(), right.array());
   if (left.object() != nullptr) return sameContent(left.object(), right.object());
+  if (left.written() != nullptr) return sameContent(left.written(), right.written());
   return left.content_ == right.content_;
 }
 
@@ -88,9 +89,11 @@ JSONObject::JSONObject(std::vector<Member> members) : members_(std::move(members
     const auto position = static_cast<std::size_t>(order[i - 1] - members_.data());
     comesAgain[position] = order[i - 1]->first == order[i]->first;
   }
-  std::erase_if(members_, [&, position = std::size_t{0}](const Member&) mutable {
-    return comesAgain[position++];
-  });
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < members_.size(); ++i) {
+    if (!comesAgain[i]) std::swap(members_[kept++], members_[i]);
+  }
+  members_.resize(kept);
 }
 
 bool JSONObject::isSorted() const {

@@ -80,7 +80,9 @@ std::string prettyJSON(const JSONValue& value) {
   thread_local TextBuffer out;  // kept for its memory: a long text grows through many sizes
   out.clear();
   Writer<Layout::pretty>(out).write(value);
-  return std::string(out.view());
+  std::string text(out.view());
+  out.clear();  // a huge one goes at once
+  return text;
 }
 
 }  // namespace trovi::platform

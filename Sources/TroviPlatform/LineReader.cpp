@@ -13,6 +13,7 @@ namespace trovi::platform {
 namespace {
 
 constexpr std::size_t initialSize = std::size_t{64} << 10;
+constexpr std::size_t huge = std::size_t{4} << 20;  // not kept once the line has gone
 
 }  // namespace
 
@@ -61,6 +62,7 @@ void LineReader::makeRoom() {
     end_ -= begin_;
     begin_ = 0;
   }
+  if (end_ == 0 && buffer_.size() > huge) buffer_ = std::vector<char>(initialSize);
   if (end_ < buffer_.size()) return;
   try {
     buffer_.resize(2 * buffer_.size());

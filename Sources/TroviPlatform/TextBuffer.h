@@ -25,7 +25,8 @@ class TextBuffer {
     ++size_;
   }
   void append(std::string_view text) {
-    std::memcpy(room(text.size() + 1), text.data(), text.size());  // one more: never a null pointer
+    if (text.empty()) return;  // it may point nowhere
+    std::memcpy(room(text.size()), text.data(), text.size());
     size_ += text.size();
   }
   void append(std::size_t count, char c) {

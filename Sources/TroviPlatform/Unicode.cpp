@@ -2,9 +2,12 @@
 
 #include <utf8proc.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <vector>
 
 namespace trovi::platform {
 namespace {
@@ -73,16 +76,42 @@ std::string mapped(std::string_view text, int options) {
   return {reinterpret_cast<const char*>(result), static_cast<std::size_t>(length)};
 }
 
-std::string withoutDiacritics(std::string_view decomposed) {
+/// NFD. utf8proc would put the marks in order by swapping neighbours, which takes a line of nothing
+/// but marks for ever.
+std::vector<utf8proc_int32_t> decomposed(std::string_view text) {
+  std::vector<utf8proc_int32_t> scalars;
+  scalars.reserve(text.size());
+  while (!text.empty()) {
+    const auto [scalar, length] = firstScalar(text);
+    std::array<utf8proc_int32_t, 8> parts{};  // canonical decompositions have at most four
+    int unused = 0;
+    const auto count =
+        utf8proc_decompose_char(scalar, parts.data(), parts.size(), UTF8PROC_DECOMPOSE, &unused);
+    scalars.insert(scalars.end(), parts.begin(), parts.begin() + count);
+    text.remove_prefix(length);
+  }
+  const auto orderOf = [](utf8proc_int32_t scalar) {
+    return utf8proc_get_property(scalar)->combining_class;
+  };
+  const auto isStarter = [&](utf8proc_int32_t scalar) { return orderOf(scalar) == 0; };
+  for (auto at = scalars.begin(); at != scalars.end();) {
+    const auto marks = std::find_if_not(at, scalars.end(), isStarter);
+    at = std::find_if(marks, scalars.end(), isStarter);
+    std::stable_sort(marks, at, [&](auto a, auto b) { return orderOf(a) < orderOf(b); });
+  }
+  return scalars;
+}
+
+std::string withoutDiacritics(const std::vector<utf8proc_int32_t>& decomposed) {
   std::string kept;
-  kept.reserve(decomposed.size());
   utf8proc_int32_t base = -1;
-  while (!decomposed.empty()) {
-    const auto [scalar, length] = firstScalar(decomposed);
+  for (const utf8proc_int32_t scalar : decomposed) {
     const bool mark = base >= 0 && isMark(scalar);
     if (!mark) base = scalar;
-    if (!mark || base >= endOfMarkedScripts) kept.append(decomposed, 0, length);
-    decomposed.remove_prefix(length);
+    if (mark && base < endOfMarkedScripts) continue;
+    std::array<utf8proc_uint8_t, 4> encoded{};
+    const auto length = utf8proc_encode_char(scalar, encoded.data());
+    kept.append(encoded.begin(), encoded.begin() + length);
   }
   return kept;
 }
@@ -120,8 +149,7 @@ std::size_t clusterCount(std::string_view text) {
 
 std::string folded(std::string_view text) {
   // Marks go before the case does: folding would turn U+0345, a mark, into the letter iota.
-  const std::string decomposed = mapped(text, UTF8PROC_DECOMPOSE | UTF8PROC_STABLE);
-  return mapped(withoutDiacritics(decomposed),
+  return mapped(withoutDiacritics(decomposed(text)),
                 UTF8PROC_CASEFOLD | UTF8PROC_COMPOSE | UTF8PROC_STABLE);
 }
 

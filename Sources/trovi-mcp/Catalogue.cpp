@@ -10,13 +10,12 @@ const char* const serverInstructions =
     "no Mac, com um destino (um projeto) e a instrução daquele destino.\n"
     "Fluxo esperado: 1) inbox_list para ver os pendentes; 2) recado_claim antes de trabalhar num "
     "recado; 3) faça o que a instrução do destino pede, usando a transcrição; 4) recado_resolve "
-    "com "
-    "um resumo curto do que você fez (e links, se criou algo). Não invente partes da fala: se algo "
-    "ficou ambíguo, diga no resultado.";
+    "com um resumo curto do que você fez (e links, se criou algo). Não invente partes da fala: se "
+    "algo ficou ambíguo, diga no resultado.";
 
 namespace {
 
-const JSONObject plainText{{"type", "string"}};
+JSONObject plainText() { return {{"type", "string"}}; }
 
 JSONObject text(const char* description) {
   return {{"type", "string"}, {"description", description}};
@@ -57,28 +56,28 @@ JSONArray catalogue() {
       descriptor({.name = "recado_get",
                   .description = "Lê um recado completo: transcrição, destino, instrução, status e "
                                  "resultado.",
-                  .properties = {{"id", plainText}},
+                  .properties = {{"id", plainText()}},
                   .required = {"id"}}),
       descriptor({.name = "recado_claim",
                   .description =
                       "Marca que você pegou o recado e está trabalhando nele. Chame antes "
                       "de começar.",
-                  .properties = {{"id", plainText},
+                  .properties = {{"id", plainText()},
                                  {"cliente", text("Quem pegou, por exemplo \"Claude Desktop\".")}},
                   .required = {"id"}}),
       descriptor({.name = "recado_resolve",
                   .description =
                       "Grava no recado o que você fez e o marca como resolvido. Escreva um resumo "
                       "curto e inclua links do que criou.",
-                  .properties = {{"id", plainText},
+                  .properties = {{"id", plainText()},
                                  {"resultado", text("Resumo do que foi feito.")},
-                                 {"cliente", plainText}},
+                                 {"cliente", plainText()}},
                   .required = {"id", "resultado"}}),
       descriptor({.name = "search",
                   .description =
                       "Busca palavras nas transcrições, títulos e resultados de todos os "
                       "recados.",
-                  .properties = {{"consulta", plainText}, {"limite", limit()}},
+                  .properties = {{"consulta", plainText()}, {"limite", limit()}},
                   .required = {"consulta"}}),
       descriptor(
           {.name = "destinos_list",

@@ -1,5 +1,7 @@
 #include "Server.h"
 
+#include <new>
+
 #include "Catalogue.h"
 #include "Output.h"
 #include "Tools.h"
@@ -32,6 +34,16 @@ JSONObject replyError(const JSONValue& id, int code, std::string text) {
   return message(id, "error", JSONObject{{"code", code}, {"message", std::move(text)}});
 }
 
+/// The line as JSON. One for which there is no memory is as good as one that is not understood.
+std::optional<JSONValue> parsed(std::string_view line) {
+  try {
+    std::string repaired;
+    return platform::parseJSON(platform::trimmedBlanks(platform::repairedUTF8(line, repaired)));
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
 /// The member as an object; an empty one when it is missing or of another kind.
 const JSONObject& objectOrEmpty(const JSONObject& object, std::string_view key) {
   static const JSONObject empty;
@@ -45,9 +57,7 @@ Server::Server(const std::filesystem::path& database)
     : toolsResult_(JSONValue::written({{"tools", catalogue()}})), store_(database) {}
 
 std::optional<JSONObject> Server::answer(std::string_view line) {
-  std::string repaired;
-  const std::string_view text = platform::repairedUTF8(line, repaired);
-  const auto message = platform::parseJSON(platform::trimmedBlanks(text));
+  const auto message = parsed(line);
   const JSONObject* request = message ? message->object() : nullptr;
   const JSONValue* id = request != nullptr ? request->find("id") : nullptr;
   if (id == nullptr || id->isNull()) return {};

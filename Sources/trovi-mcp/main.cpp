@@ -7,6 +7,7 @@
 #include "Memory.h"
 #include "Output.h"
 #include "Server.h"
+#include "TextBuffer.h"
 #include "TroviCore/Paths.h"
 
 using namespace trovi;

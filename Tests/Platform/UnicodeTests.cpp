@@ -105,6 +105,14 @@ TEST(Unicode, FoldsCaseAndDiacriticsButNoLettersOfOtherScripts) {
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(folded(text), expected) << text;
   EXPECT_NE(folded("が"), folded("か"));
+  EXPECT_EQ(folded("\u05E9\u05C1\u05B7"), folded("\u05E9\u05B7\u05C1"));
+}
+
+TEST(Unicode, FoldsALineOfNothingButMarksBeforeAnyoneGivesUp) {
+  const std::string marks = repeated("\u0301", 500000) + repeated("\u0323", 500000);
+  EXPECT_EQ(folded("a" + marks), "a");
+  EXPECT_EQ(folded("\u05E9" + marks),
+            "\u05E9" + repeated("\u0323", 500000) + repeated("\u0301", 500000));
 }
 
 }  // namespace
