@@ -72,15 +72,6 @@ TEST_F(Answer, ToAFailedStoreKeepsWhatWasChangedBeforeTheFailure) {
   EXPECT_EQ(dirty("1"), 2);
 }
 
-TEST_F(Answer, OfTwoServersComesFromOneFile) {
-  store.insert(tests::someRecado("1"));
-  Server second(file);
-  second.answer(R"({"id":1,"method":"initialize","params":{"clientInfo":{"name":"B"}}})");
-  second.answer(
-      R"({"id":1,"method":"tools/call","params":{"name":"recado_claim","arguments":{"id":"1"}}})");
-  EXPECT_NE(call("recado_get", R"({"id":"1"})").find(R"(\"pego_por\": \"B\")"), std::string::npos);
-}
-
 TEST(Rendering, RoundsHalvesAwayFromZeroAndTakesTheFirstOfTwoDestinations) {
   Recado recado = tests::someRecado("1");
   recado.destinoID = "d";
