@@ -75,14 +75,16 @@ void TextBuffer::clear() {
 
 void TextBuffer::appendQuoted(std::string_view text) {
   constexpr std::size_t piece = 4096;  // so that the room for the worst case stays small
-  const auto appendEscaped = [this](std::string_view part) {
-    char* const out = room(escapes[0].text.size() * part.size() + bytescan::blockSize);
-    size_ += static_cast<std::size_t>(putEscaped(out, part) - out);
-  };
   append('"');
-  for (; text.size() > piece; text.remove_prefix(piece)) appendEscaped(text.substr(0, piece));
-  appendEscaped(text);
-  append('"');
+  for (;;) {
+    const std::string_view next = text.substr(0, piece);
+    char* const start = room(escapes[0].text.size() * next.size() + bytescan::blockSize);
+    char* end = putEscaped(start, next);
+    text.remove_prefix(next.size());
+    if (text.empty()) *end++ = '"';
+    size_ += static_cast<std::size_t>(end - start);
+    if (text.empty()) return;
+  }
 }
 
 void TextBuffer::grow(std::size_t count) {

@@ -54,7 +54,9 @@ const JSONObject& objectOrEmpty(const JSONObject& object, std::string_view key) 
 }  // namespace
 
 Server::Server(const std::filesystem::path& database)
-    : toolsResult_(JSONValue::written({{"tools", catalogue()}})), store_(database) {}
+    : pong_(JSONObject()),
+      toolsResult_(JSONValue::written({{"tools", catalogue()}})),
+      store_(database) {}
 
 std::optional<JSONObject> Server::answer(std::string_view line) {
   const auto message = parsed(line);
@@ -68,7 +70,7 @@ std::optional<JSONObject> Server::answerRequest(const JSONObject& request, const
   const std::string_view method = request.text("method").value_or("");
   const JSONObject& params = objectOrEmpty(request, "params");
   if (method == "initialize") return reply(id, initialize(params));
-  if (method == "ping") return reply(id, JSONObject());
+  if (method == "ping") return reply(id, pong_);
   if (method == "tools/list") return reply(id, toolsResult_);
   if (method == "tools/call") {
     const auto name = params.text("name");

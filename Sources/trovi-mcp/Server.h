@@ -26,6 +26,7 @@ class Server {
                                                     const platform::JSONValue& id);
   platform::JSONObject initialize(const platform::JSONObject& params);
 
+  platform::JSONValue pong_;         ///< the result of `ping`, the same every time
   platform::JSONValue toolsResult_;  ///< of `tools/list`, the same every time
   TroviStore store_;
   std::optional<std::string> clientName_;
