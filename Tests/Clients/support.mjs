@@ -1,0 +1,56 @@
+// An inbox that is thrown away, and a client of the official SDK to whom any stray word is a fault.
+import { execFileSync } from 'node:child_process';
+import { mkdtempSync, realpathSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { Client } from '@modelcontextprotocol/sdk/client/index.js';
+import { StdioClientTransport } from '@modelcontextprotocol/sdk/client/stdio.js';
+
+const { TROVI_SERVER, TROVI_RECORDER, TROVI_VERSION, TROVI_BUNDLE } = process.env;
+export { TROVI_SERVER as server, TROVI_VERSION as version, TROVI_BUNDLE as bundle };
+
+/// A program of npm's by its name.
+export const installed = (name) =>
+  realpathSync(fileURLToPath(new URL(`node_modules/.bin/${name}`, import.meta.url)));
+
+/// A folder that goes when the test has ended.
+export function folder(test) {
+  const path = mkdtempSync(join(tmpdir(), 'trovi-clients-'));
+  test.after(() => rmSync(path, { recursive: true }));
+  return path;
+}
+
+/// A home folder in whose inbox the notes are filed, and their ids in the same order.
+export function inbox(test, notes = []) {
+  const home = folder(test);
+  const ids = notes.map((note) =>
+    execFileSync(TROVI_RECORDER, ['--user', 'file', note], {
+      env: { HOME: home },
+      encoding: 'utf8',
+    }).split('\n', 1)[0]);
+  return { home, ids };
+}
+
+const fail = (error) => {
+  throw error; // outside every promise: it ends the run
+};
+
+/// A client whose server is started by `start`, as the SDK starts one, with `home` as home folder.
+/// What the SDK's schemas refuse, and any line on standard error, ends the run.
+export async function connect(test, home, start = { command: TROVI_SERVER }, name = 'Teste') {
+  const client = new Client({ name, version: '1' });
+  const transport = new StdioClientTransport({ ...start, env: { HOME: home }, stderr: 'pipe' });
+  transport.stderr.on('data', (line) => fail(new Error(`on standard error: ${line}`)));
+  client.onerror = fail;
+  await client.connect(transport);
+  test.after(() => client.close());
+  return client;
+}
+
+/// What a tool says when it does what it is asked.
+export async function call(client, name, args = {}) {
+  const { content, isError } = await client.callTool({ name, arguments: args });
+  if (isError) throw new Error(content[0].text);
+  return JSON.parse(content[0].text);
+}
