@@ -43,8 +43,8 @@ export async function connect(test, home, start = { command: TROVI_SERVER }, nam
   const transport = new StdioClientTransport({ ...start, env: { HOME: home }, stderr: 'pipe' });
   transport.stderr.on('data', (line) => fail(new Error(`on standard error: ${line}`)));
   client.onerror = fail;
+  test.after(() => transport.close());
   await client.connect(transport);
-  test.after(() => client.close());
   return client;
 }
 
