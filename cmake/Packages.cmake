@@ -1,6 +1,6 @@
 # What users get, made by `cpack` into packages/ of the build tree:
 #   trovi-mcp_*.deb, libtrovicore-dev_*.deb   where dpkg's tools are there to make them
-#   trovi-mcp-*.tar.gz                        the same server for any system; may be unpacked anywhere
+#   trovi-mcp-*.tar.gz                        the same server, to be unpacked anywhere
 #   trovi-*.mcpb                              the bundle that desktop assistants install
 
 set(TROVI_MAINTAINER "Trovi maintainers <maintainers@trovi.invalid>" CACHE STRING
