@@ -3,7 +3,7 @@
 # A release executable carries them inside: it starts in about half the time, and one file runs on
 # any recent distribution.
 
-if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT APPLE AND NOT BUILD_SHARED_LIBS)
+if(CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT BUILD_SHARED_LIBS)
   set(static_by_default ON)
 else()
   set(static_by_default OFF)

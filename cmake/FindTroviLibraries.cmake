@@ -23,13 +23,13 @@ trovi_find(sqlite3 sqlite3.h)
 set_target_properties(Trovi::sqlite3 PROPERTIES
   INTERFACE_LINK_LIBRARIES "Threads::Threads;${CMAKE_DL_LIBS};m")
 trovi_find(utf8proc utf8proc.h)
-set(required Trovi_sqlite3_LIBRARY Trovi_sqlite3_INCLUDE_DIR
+set(_trovi_required Trovi_sqlite3_LIBRARY Trovi_sqlite3_INCLUDE_DIR
   Trovi_utf8proc_LIBRARY Trovi_utf8proc_INCLUDE_DIR Threads_FOUND)
 if(NOT APPLE)
   trovi_find(uuid uuid/uuid.h)
-  list(APPEND required Trovi_uuid_LIBRARY Trovi_uuid_INCLUDE_DIR)
+  list(APPEND _trovi_required Trovi_uuid_LIBRARY Trovi_uuid_INCLUDE_DIR)
 elseif(NOT TARGET Trovi::uuid)
   add_library(Trovi::uuid INTERFACE IMPORTED)  # part of the system's own library
 endif()
-find_package_handle_standard_args(TroviLibraries REQUIRED_VARS ${required})
-unset(required)
+find_package_handle_standard_args(TroviLibraries REQUIRED_VARS ${_trovi_required})
+unset(_trovi_required)

@@ -23,9 +23,8 @@ constexpr const char* usage =
     "     recorder CAIXA counts               conta os recados por situação\n"
     "     recorder CAIXA reopen ID            torna um recado pendente outra vez\n"
     "     recorder CAIXA delete ID            apaga um recado\n"
-    "CAIXA é um arquivo, uma pasta com um trovi.sqlite ou --user, a caixa do usuário; o que "
-    "faltar\n"
-    "é criado.\n";
+    "CAIXA é um arquivo, uma pasta (uma nova, com / no fim) ou --user, a caixa do usuário;\n"
+    "o que faltar é criado.\n";
 
 /// The inbox that is named: a file, or a folder that exists or ends in a slash. The user's own is
 /// touched only on request.

@@ -11,8 +11,9 @@ rm -rf "$work"
 mv "$work/installed" "$work/moved"
 if [ "$flavour" = shared ]; then
   # The machine's own folder and the connection's insides are nobody's business.
-  if nm -DC --defined-only "$work/moved/$libdir"/libTroviCore.* | grep -E 'platform::|Connection'
-  then exit 1; fi
+  nm -DC --defined-only "$work/moved/$libdir"/libTroviCore.* >"$work/symbols"
+  grep -q 'TroviStore::recados' "$work/symbols"
+  if grep -E 'platform::|Connection|sqlite3_|utf8proc_' "$work/symbols"; then exit 1; fi
 fi
 
 "$CMAKE" -S "$stranger" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/moved"

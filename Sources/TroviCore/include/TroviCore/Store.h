@@ -121,7 +121,7 @@ class TROVI_EXPORT TroviStore {
   /// Files the message under a destination, which need not exist, or unfiles it.
   void setDestino(const RecadoFiling& filing);
 
-  /// Sets where the recording is. The file itself is not touched.
+  /// Sets where the recording is. The file itself is not touched, and there is nothing to upload.
   void setAudioPath(const std::string& id, const std::optional<std::string>& path);
 
   /// Makes a message `pego` that is `pendente` or `pego`, and returns it as it then stands: an
@@ -167,9 +167,10 @@ class TROVI_EXPORT TroviStore {
   /// @}
   /// @name Synchronisation
   /// What a synchroniser needs to keep a remote copy in step. Each message has a counter of its
-  /// local changes, of content and of state, which every change raises and 0 calls uploaded; each
-  /// deleted message leaves its id. Messages and ids change hands without locks: what changes while
-  /// an upload is under way stays marked. Repeating a list that was worked off in part is harmless.
+  /// local changes, of content and of state, which every change but that of the recording's place
+  /// raises and 0 calls uploaded; each deleted message leaves its id. Messages and ids change hands
+  /// without locks: what changes while an upload is under way stays marked. Repeating a list that
+  /// was worked off in part is harmless.
   /// @{
 
   /// A message with local changes.
