@@ -66,7 +66,7 @@ std::optional<JSONObject> Server::answer(std::string_view line) {
   return answerRequest(*request, *id);
 }
 
-std::optional<JSONObject> Server::answerRequest(const JSONObject& request, const JSONValue& id) {
+JSONObject Server::answerRequest(const JSONObject& request, const JSONValue& id) {
   const std::string_view method = request.text("method").value_or("");
   const JSONObject& params = objectOrEmpty(request, "params");
   if (method == "initialize") return reply(id, initialize(params));

@@ -22,8 +22,8 @@ class Server {
   std::optional<platform::JSONObject> answer(std::string_view line);
 
  private:
-  std::optional<platform::JSONObject> answerRequest(const platform::JSONObject& request,
-                                                    const platform::JSONValue& id);
+  platform::JSONObject answerRequest(const platform::JSONObject& request,
+                                     const platform::JSONValue& id);
   platform::JSONObject initialize(const platform::JSONObject& params);
 
   platform::JSONValue pong_;         ///< the result of `ping`, the same every time
