@@ -1,6 +1,7 @@
 #include "Server.h"
 
 #include <new>
+#include <utility>
 
 #include "Catalogue.h"
 #include "Output.h"
@@ -17,17 +18,19 @@ using platform::JSONValue;
 constexpr int methodNotFound = -32601;
 constexpr int invalidParams = -32602;
 
-JSONObject message(const JSONValue& id, std::string_view key, JSONValue content) {
+template <class Content>
+JSONObject message(const JSONValue& id, std::string_view key, Content&& content) {
   JSONObject message;
   message.reserve(3);
   message.add("jsonrpc", "2.0");
   message.add("id", id);
-  message.add(key, std::move(content));
+  message.add(key, std::forward<Content>(content));
   return message;
 }
 
-JSONObject reply(const JSONValue& id, JSONValue result) {
-  return message(id, "result", std::move(result));
+template <class Result>
+JSONObject reply(const JSONValue& id, Result&& result) {
+  return message(id, "result", std::forward<Result>(result));
 }
 
 JSONObject replyError(const JSONValue& id, int code, std::string text) {
