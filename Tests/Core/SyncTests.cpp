@@ -43,20 +43,6 @@ TEST_F(Sync, OffersMarkedMessagesOldestFirstWithTheTimeOfTheirState) {
   EXPECT_EQ(pending(store).recado.id, "sem estado");
 }
 
-TEST_F(Sync, KeepsAChangeThatAnotherProgramMakesDuringTheUpload) {
-  TroviStore assistant{file};
-  store.insert(someRecado("r"));
-  const auto read = pending(store);
-  assistant.claim({.id = "r", .by = "IA"});
-  store.markUploaded({{.id = "r", .version = read.version}});
-
-  const auto again = pending(store);
-  EXPECT_EQ(again.version, read.version + 1);
-  EXPECT_EQ(again.recado.claimedBy, "IA");
-  store.markUploaded({{.id = "r", .version = again.version}});
-  EXPECT_TRUE(store.pendingUploads(-1).empty());
-}
-
 TEST_F(Sync, AppliesOnlyANewerStateToAMessageThatIsOpenToIt) {
   constexpr double localTime = 2000;
   struct Case {

@@ -137,6 +137,7 @@ TEST(Bytes, AreOneLineForEachRequestAndNothingElse) {
       {"a line without its end", request, reply},
       {"carriage returns", request + "\r\n" + request + "\r\n", reply + reply},
       {"a carriage return alone", request + "\r" + request + "\n", ""},
+      {"two carriage returns", request + "\r\r\n", reply},
       {"blank lines", "\n\r\n \t\n" + request + "\n\n", reply},
       {"no-break spaces", "\u00A0\t" + request + " \u00A0\n", reply},
       {"a notification without its end", R"({"method":"notifications/initialized"})", ""},
