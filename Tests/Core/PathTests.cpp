@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string>
 
 #include "TemporaryFolder.h"
@@ -37,15 +36,6 @@ TEST_F(Paths, MakeTheFoldersThatTheyNameAndNothingElse) {
   EXPECT_EQ(TroviPaths::audioDirectory(), support / "Audio");
   EXPECT_EQ(TroviPaths::audioDirectory(), support / "Audio");
   EXPECT_TRUE(std::filesystem::is_directory(support / "Audio"));
-}
-
-TEST_F(Paths, AreTheSameWhetherTheFolderCanBeMadeOrNot) {
-  const auto support = TroviPaths::supportDirectory();
-  std::filesystem::remove(support);
-  std::ofstream(support) << "in the way";
-  EXPECT_EQ(TroviPaths::databaseURL(), support / "trovi.sqlite");
-  EXPECT_EQ(TroviPaths::audioDirectory(), support / "Audio");
-  EXPECT_TRUE(std::filesystem::is_regular_file(support));
 }
 
 }  // namespace

@@ -248,16 +248,5 @@ TEST_F(Recados, AreCountedByStatusAndByMonth) {
   EXPECT_EQ(store.countThisMonth(), 1);
 }
 
-TEST_F(Recados, ThatCannotBeReadAreAnErrorOfEveryOperation) {
-  other.execute("DROP TABLE recado");
-  const std::string expected = "Erro no banco: no such table: recado";
-  EXPECT_EQ(databaseError([&] { store.recado("1"); }), expected);
-  EXPECT_EQ(databaseError([&] { store.recados({.limit = 1}); }), expected);
-  EXPECT_EQ(databaseError([&] { store.claim({.id = "1", .by = ""}); }), expected);
-  EXPECT_EQ(databaseError([&] { store.resolve({.id = "1", .result = ""}); }), expected);
-  EXPECT_EQ(databaseError([&] { store.deleteRecado("1"); }), expected);
-  EXPECT_EQ(databaseError([&] { store.counts(); }), expected);
-}
-
 }  // namespace
 }  // namespace trovi

@@ -32,27 +32,6 @@ TEST_F(Answer, IsOneLineOfCompactJSONWithPrettyJSONInside) {
             R"("{\n  \"recados\": [],\n  \"total\": 0\n}"}],"isError":false}})");
 }
 
-TEST_F(Answer, RepairsALineBeforeItReadsIt) {
-  EXPECT_EQ(
-      reply("{\"id\":\"\xFF\",\"method\":\"\xE2\x82\"}"),
-      R"({"jsonrpc":"2.0","id":"�","error":{"code":-32601,"message":"Método não suportado: �"}})");
-  EXPECT_EQ(reply("\u00A0\u3000{\"id\":1,\"method\":\"ping\"}\u2003"),
-            R"({"jsonrpc":"2.0","id":1,"result":{}})");
-  EXPECT_EQ(reply("\uFEFF{\"id\":1,\"method\":\"ping\"}"), "");
-  EXPECT_EQ(reply(std::string("{\"id\":1,\"method\":\"ping\"}\0", 25)), "");
-}
-
-TEST_F(Answer, ReadsFiveHundredAndTwelveLevelsAndNoMore) {
-  const auto nestedID = [&](std::size_t levels) {
-    return reply("{\"id\":" + std::string(levels, '[') + std::string(levels, ']') +
-                 ",\"method\":\"ping\"}");
-  };
-  EXPECT_EQ(nestedID(511).size(),
-            std::string(R"({"jsonrpc":"2.0","id":,"result":{}})").size() + 2 * 511);
-  EXPECT_EQ(nestedID(512), "");
-  EXPECT_EQ(nestedID(100000), "");
-}
-
 TEST_F(Answer, DefaultsToTwentyMessagesAndNeverGivesMoreThanAHundred) {
   for (int i = 0; i < 101; ++i) store.insert(tests::someRecado(std::to_string(i), i));
   EXPECT_NE(call("inbox_list", "{}").find(R"(\"total\": 20)"), std::string::npos);
