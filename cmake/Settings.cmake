@@ -12,7 +12,7 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Debug, Release, RelWithDebInfo or MinSizeRel" FORCE)
 endif()
 
-set(TROVI_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread")
+set(TROVI_SANITIZE "" CACHE STRING "Sanitizers to build with: address,undefined or thread, and fuzzer-no-link")
 option(TROVI_WERROR "Treat warnings as errors" OFF)
 
 add_library(trovi_settings INTERFACE)
