@@ -3,15 +3,11 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <fstream>
 #include <functional>
-#include <random>
 
-#include "Inbox.h"
-#include "ServerProcess.h"
+#include "Conversation.h"
 #include "Session.h"
-#include "TroviCore/Paths.h"
 #include "UserData.h"
 
 namespace trovi::tests {
@@ -20,62 +16,6 @@ namespace {
 using namespace std::chrono_literals;
 using namespace std::string_literals;
 using std::filesystem::path;
-
-constexpr const char* ping = R"({"id":"ping","method":"ping"})";
-constexpr const char* pong = R"({"jsonrpc":"2.0","id":"ping","result":{}})";
-
-/// A home for a server. It is this process's home too, so that `inbox` names the server's file.
-class Home {
- public:
-  Home() { setenv("HOME", folder_.path().c_str(), 1); }
-
-  operator const path&() const { return folder_.path(); }
-  static path inbox() { return TroviPaths::databaseURL(); }
-  /// Files messages with these ids as the recorder does.
-  static void file(const std::vector<std::string>& ids) {
-    TroviStore store(inbox());
-    for (const std::string& id : ids) store.insert(someRecado(id));
-  }
-
- private:
-  TemporaryFolder folder_;
-};
-
-std::string call(const std::string& tool, const std::string& arguments, int id = 1) {
-  return R"({"id":)" + std::to_string(id) + R"(,"method":"tools/call","params":{"name":")" + tool +
-         R"(","arguments":)" + arguments + "}}";
-}
-
-/// The reply to a call that failed; `text` is as it stands inside JSON.
-std::string failure(const std::string& text) {
-  return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
-         R"("}],"isError":true}})";
-}
-
-bool succeeded(const std::optional<std::string>& reply) {
-  return reply && reply->ends_with(R"("isError":false}})");
-}
-
-/// The reply to `line`, if one comes. Either way the server must answer what follows.
-std::optional<std::string> ask(ServerProcess& server, std::string_view line) {
-  server.send(line);
-  server.send(ping);
-  auto reply = server.receive();
-  if (reply == pong) return {};
-  EXPECT_EQ(server.receive(), pong);
-  return reply;
-}
-
-/// Waits for the server to answer, which it does once its inbox is open.
-void awaitStart(ServerProcess& server) { EXPECT_EQ(ask(server, ""), std::nullopt); }
-
-/// The end of the input must end the server, with nothing but `output` left of it.
-void expectCleanEnd(ServerProcess& server, const std::string& output = "") {
-  server.closeInput();
-  EXPECT_EQ(server.wait(), 0);
-  EXPECT_EQ(server.standardOutput(), output);
-  EXPECT_EQ(server.standardError(), "");
-}
 
 std::string repeated(std::string_view piece, std::size_t times) {
   std::string text;
@@ -348,78 +288,6 @@ TEST(SharedFile, ShowsOneServerWhatAnotherDid) {
   expectCleanEnd(another);
 }
 
-// A burst of changes goes round the messages, first claiming and then resolving. Round r leaves the
-// number r in the message and 2 + r in `dirty`, so that each state tells how many changes made it.
-constexpr int messages = 16;
-constexpr int claims = 8;  // of each message, before it is resolved twice as often
-constexpr int changes = 3 * claims * messages;
-
-std::string change(int number) {
-  const int round = 1 + number / messages;
-  const std::string message = R"({"id":")" + std::to_string(number % messages) + '"';
-  const std::string value = '"' + std::to_string(round) + "\"}";
-  return round <= claims ? call("recado_claim", message + R"(,"cliente":)" + value, number)
-                         : call("recado_resolve", message + R"(,"resultado":)" + value, number);
-}
-
-std::string stateAfter(int rounds) {
-  const auto dirty = std::to_string(2 + rounds);
-  if (rounds == 0) return dirty + " pendente - -";
-  if (rounds <= claims) return dirty + " pego " + std::to_string(rounds) + " -";
-  return dirty + " resolvido " + std::to_string(claims) + " " + std::to_string(rounds);
-}
-
-/// Of a message: how many of the first `count` changes were its own.
-int roundsOf(int message, int count) { return (count + messages - 1 - message) / messages; }
-
-/// Counts the replies, which come in order, and kills the server once there are `enough` of them.
-int answersOfBurst(ServerProcess& server, int enough) {
-  int answered = 0;
-  while (const auto reply = server.receive()) {
-    const std::string start = R"({"jsonrpc":"2.0","id":)" + std::to_string(answered) + ",";
-    EXPECT_TRUE(succeeded(reply) && reply->starts_with(start)) << *reply;
-    if (++answered == enough) server.kill();
-  }
-  return answered;
-}
-
-void expectSoundAfter(int answered) {
-  Database survivor(Home::inbox());
-  const auto check = survivor.query("PRAGMA integrity_check");
-  EXPECT_EQ(check.at(0).stringValue("integrity_check"), "ok");
-  for (int message = 0; message < messages; ++message) {
-    const auto rows = survivor.query(
-        "SELECT dirty || ' ' || status || ' ' || IFNULL(claimed_by, '-') || ' ' || "
-        "IFNULL(result, '-') AS state FROM recado WHERE id = ?",
-        {SQLValue::text(std::to_string(message))});
-    const auto state = rows.at(0).stringValue("state").value_or("none");
-    // The change in hand when the server was killed may be there without an answer.
-    EXPECT_TRUE(state == stateAfter(roundsOf(message, answered)) ||
-                state == stateAfter(roundsOf(message, std::min(answered + 1, changes))))
-        << "message " << message << " after " << answered << " answers: " << state;
-  }
-}
-
-TEST(End, ByKillInABurstLosesNothingThatWasAnswered) {
-  std::vector<std::string> ids;
-  for (int message = 0; message < messages; ++message) ids.push_back(std::to_string(message));
-  std::string burst;
-  for (int number = 0; number < changes; ++number) burst += change(number) + "\n";
-  for (int times = 0; times < 6; ++times) {
-    const auto seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937 random(seed);
-    const Home home;
-    Home::file(ids);
-    ServerProcess server({.home = home});
-    server.sendBytes(burst);
-    const int enough = std::uniform_int_distribution(1, changes * 2 / 3)(random);
-    const int answered = answersOfBurst(server, enough);
-    EXPECT_EQ(server.wait(), -SIGKILL);
-    expectSoundAfter(answered);
-  }
-}
-
 TEST(End, ComesByTheSignalThatAsksForIt) {
   const Home home;
   ServerProcess server({.home = home});
@@ -440,7 +308,7 @@ TEST(End, ComesWhenNobodyReadsTheReply) {
 
 TEST(End, ComesWithTheInputWhenTheParentIgnoresBrokenPipes) {
   const Home home;
-  ServerProcess server({.home = home, .ignoresSIGPIPE = true});
+  ServerProcess server({.home = home, .shell = "trap '' PIPE"});
   awaitStart(server);
   server.closeOutput();
   server.send(ping);

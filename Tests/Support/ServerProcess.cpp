@@ -75,18 +75,19 @@ ServerProcess::ServerProcess(const Setting& setting) {
   posix_spawn_file_actions_adddup2(&actions, errors.writing.number(), STDERR_FILENO);
   posix_spawnattr_t attributes{};
   posix_spawnattr_init(&attributes);
-  if (!setting.ignoresSIGPIPE) {
-    sigset_t inDefaultHandling;
-    sigemptyset(&inDefaultHandling);
-    sigaddset(&inDefaultHandling, SIGPIPE);
-    posix_spawnattr_setsigdefault(&attributes, &inDefaultHandling);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-  }
+  sigset_t inDefaultHandling;
+  sigemptyset(&inDefaultHandling);
+  sigaddset(&inDefaultHandling, SIGPIPE);
+  posix_spawnattr_setsigdefault(&attributes, &inDefaultHandling);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
   std::vector<std::string> arguments{TROVI_SERVER};
+  if (!setting.shell.empty()) {
+    arguments = {"/bin/sh", "-c", setting.shell + "\nexec \"$0\"", TROVI_SERVER};
+  }
   std::vector<std::string> environment = setting.environment;
   environment.push_back("HOME=" + setting.home.string());
   environment.emplace_back("PATH=/usr/bin:/bin");
-  const int error = posix_spawn(&process_, TROVI_SERVER, &actions, &attributes,
+  const int error = posix_spawn(&process_, arguments[0].c_str(), &actions, &attributes,
                                 pointers(arguments).data(), pointers(environment).data());
   posix_spawn_file_actions_destroy(&actions);
   posix_spawnattr_destroy(&attributes);

@@ -46,7 +46,7 @@ class ServerProcess {
     std::filesystem::path home;
     std::vector<std::string> environment{};  ///< "NAME=value", besides HOME and PATH
     bool nonBlocking = false;                ///< its ends of standard input and output
-    bool ignoresSIGPIPE = false;             ///< inherited, as from a parent that ignores it
+    std::string shell{};                     ///< done by a shell that then becomes the server
   };
   explicit ServerProcess(const Setting& setting);
   ~ServerProcess();

@@ -1,0 +1,71 @@
+// What the tests of the real process say to it.
+#pragma once
+
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Inbox.h"
+#include "ServerProcess.h"
+#include "TroviCore/Paths.h"
+
+namespace trovi::tests {
+
+inline constexpr const char* ping = R"({"id":"ping","method":"ping"})";
+inline constexpr const char* pong = R"({"jsonrpc":"2.0","id":"ping","result":{}})";
+
+/// A home for a server. It is this process's home too, so that `inbox` names the server's file.
+class Home {
+ public:
+  Home() { setenv("HOME", folder_.path().c_str(), 1); }
+
+  operator const std::filesystem::path&() const { return folder_.path(); }
+  static std::filesystem::path inbox() { return TroviPaths::databaseURL(); }
+  /// Files messages with these ids as the recorder does.
+  static void file(const std::vector<std::string>& ids) {
+    TroviStore store(inbox());
+    for (const std::string& id : ids) store.insert(someRecado(id));
+  }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+inline std::string call(const std::string& tool, const std::string& arguments, int id = 1) {
+  return R"({"id":)" + std::to_string(id) + R"(,"method":"tools/call","params":{"name":")" + tool +
+         R"(","arguments":)" + arguments + "}}";
+}
+
+/// The reply to a call that failed; `text` is as it stands inside JSON.
+inline std::string failure(const std::string& text) {
+  return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
+         R"("}],"isError":true}})";
+}
+
+inline bool succeeded(const std::optional<std::string>& reply) {
+  return reply && reply->ends_with(R"("isError":false}})");
+}
+
+/// The reply to `line`, if one comes. Either way the server must answer what follows.
+inline std::optional<std::string> ask(ServerProcess& server, std::string_view line) {
+  server.send(line);
+  server.send(ping);
+  auto reply = server.receive();
+  if (reply == pong) return {};
+  EXPECT_EQ(server.receive(), pong);
+  return reply;
+}
+
+/// Waits for the server to answer, which it does once its inbox is open.
+inline void awaitStart(ServerProcess& server) { EXPECT_EQ(ask(server, ""), std::nullopt); }
+
+/// The end of the input must end the server, with nothing but `output` left of it.
+inline void expectCleanEnd(ServerProcess& server, const std::string& output = "") {
+  server.closeInput();
+  EXPECT_EQ(server.wait(), 0);
+  EXPECT_EQ(server.standardOutput(), output);
+  EXPECT_EQ(server.standardError(), "");
+}
+
+}  // namespace trovi::tests

@@ -1,0 +1,189 @@
+// Several servers and a recorder on one file, while servers are killed and started again.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <iostream>
+#include <map>
+#include <random>
+#include <set>
+
+#include "Conversation.h"
+
+namespace trovi::tests {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Another program's book of every change to a message that is committed, in order. `mark` is what
+/// the change left in the message: every claim and resolution of these tests leaves another one.
+constexpr const char* openBook = R"(
+CREATE TABLE book(n INTEGER PRIMARY KEY, id, mark, state_changed_at);
+CREATE TRIGGER book_state AFTER UPDATE OF status ON recado BEGIN
+  INSERT INTO book(id, mark, state_changed_at)
+  VALUES (NEW.id, IIF(NEW.status = 'resolvido', NEW.result, NEW.claimed_by),
+          (julianday('now') - 2440587.5) * 86400.0);
+END;
+CREATE TRIGGER book_content AFTER UPDATE OF destino_id ON recado BEGIN
+  INSERT INTO book(id) VALUES (NEW.id);
+END;
+)";
+
+/// Messages whose counter or time of change is not what the book tells.
+constexpr const char* wrongBookkeeping = R"(
+SELECT count(*) FROM recado
+WHERE dirty <> 2 + (SELECT count(*) FROM book WHERE book.id = recado.id)
+   OR updated_at IS NOT IFNULL((SELECT state_changed_at FROM book
+                                WHERE book.id = recado.id AND state_changed_at IS NOT NULL
+                                ORDER BY n DESC LIMIT 1), updated_at)
+)";
+
+enum class Outcome { done, refused, unanswered };
+
+struct Request {
+  std::string message;  ///< which it changes; empty where it only reads
+  Outcome outcome = Outcome::unanswered;
+};
+
+/// One life of a server, and what it was asked. A request's number is its JSON-RPC id and its mark.
+struct Life {
+  explicit Life(const std::filesystem::path& home) : server({.home = home}) {}
+
+  ServerProcess server;
+  std::map<int, Request> requests{};
+};
+
+class Crowd : public testing::Test {
+ protected:
+  Crowd() {
+    recorder.db().execute(openBook);
+    for (int i = 0; i < 20; ++i) insert();
+    for (auto& life : alive) life = std::make_unique<Life>(home);
+  }
+
+  int below(int limit) { return std::uniform_int_distribution(0, limit - 1)(random); }
+
+  void insert() {
+    messages.push_back(std::to_string(messages.size()));
+    recorder.insert(someRecado(messages.back()));
+  }
+
+  void record() {
+    const std::string& message =
+        messages[static_cast<std::size_t>(below(static_cast<int>(messages.size())))];
+    switch (below(4)) {
+      case 0: return recorder.reopen(message);
+      case 1: return recorder.setDestino({.id = message, .destinoID = "d"});
+      case 2:
+        if (deleted.insert(message).second) recorder.deleteRecado(message);
+        [[fallthrough]];
+      default: insert();
+    }
+  }
+
+  /// Asks for a change of one of the latest messages, or for a list.
+  void request(Life& life) {
+    const auto latest = std::min<int>(30, static_cast<int>(messages.size()));
+    const std::string& message =
+        messages[messages.size() - 1 - static_cast<std::size_t>(below(latest))];
+    const int number = ++last;
+    const std::string id = R"({"id":")" + message + '"';
+    const std::string mark = '"' + std::to_string(number) + "\"}";
+    const int choice = below(10);
+    life.requests[number].message = choice < 8 ? message : "";
+    life.server.send(choice < 5   ? call("recado_claim", id + R"(,"cliente":)" + mark, number)
+                     : choice < 8 ? call("recado_resolve", id + R"(,"resultado":)" + mark, number)
+                                  : call("inbox_list", "{}", number));
+  }
+
+  /// Takes the replies to everything that was asked, or kills the server behind the first `enough`.
+  void takeReplies(Life& life, int enough) {
+    int taken = 0;
+    for (auto& [number, request] : life.requests) {
+      if (request.outcome != Outcome::unanswered) continue;
+      if (taken++ == enough) life.server.kill();
+      const auto reply = life.server.receive();
+      if (!reply) break;
+      ASSERT_TRUE(reply->starts_with(R"({"jsonrpc":"2.0","id":)" + std::to_string(number) + ","))
+          << *reply;
+      const bool refused = reply->find("Não deu para") != std::string::npos;
+      ASSERT_TRUE(refused || succeeded(reply)) << *reply;
+      request.outcome = refused ? Outcome::refused : Outcome::done;
+    }
+  }
+
+  void killAndStartAgain(std::unique_ptr<Life>& life) {
+    life->server.kill();
+    EXPECT_EQ(life->server.wait(), -SIGKILL);
+    ended.push_back(std::exchange(life, std::make_unique<Life>(home)));
+  }
+
+  /// Holds what a server said of its changes against what the book says.
+  void expectBookedAsAnswered(const Life& life) {
+    std::int64_t before = 0;
+    bool inHand = true;  // the first request without a reply may have been carried out
+    for (const auto& [number, request] : life.requests) {
+      const bool may = request.outcome == Outcome::done ||
+                       (request.outcome == Outcome::refused ? deleted.count(request.message) > 0
+                                                            : std::exchange(inHand, false));
+      if (request.message.empty()) continue;
+      const auto rows = recorder.db().query("SELECT n, id FROM book WHERE mark = ?",
+                                            {SQLValue::text(std::to_string(number))});
+      ASSERT_LE(rows.size(), may ? 1U : 0U) << "request " << number;
+      ASSERT_GE(rows.size(), request.outcome == Outcome::done ? 1U : 0U) << "request " << number;
+      if (rows.empty()) continue;
+      EXPECT_EQ(rows[0].stringValue("id"), request.message);
+      EXPECT_GT(rows[0].intValue("n"), std::exchange(before, *rows[0].intValue("n")));
+    }
+  }
+
+  const Home home;
+  TroviStore recorder{Home::inbox()};
+  std::mt19937 random;
+  std::vector<std::string> messages;
+  std::set<std::string> deleted;
+  int last = 0;
+  std::array<std::unique_ptr<Life>, 3> alive;
+  std::vector<std::unique_ptr<Life>> ended;
+};
+
+TEST_F(Crowd, LosesDoublesAndMixesUpNothing) {
+  const char* given = std::getenv("TROVI_SEED");
+  const auto seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10))
+                                     : std::random_device{}();
+  random.seed(seed);
+  std::cout << "TROVI_SEED=" << seed << std::endl;
+
+  const auto deadline = std::chrono::steady_clock::now() + 60s;
+  constexpr int rounds = 60;
+  constexpr int burst = 20;
+  for (int round = 0; round < rounds && std::chrono::steady_clock::now() < deadline; ++round) {
+    for (const auto& life : alive) {
+      for (int i = 0; i < burst; ++i) request(*life);
+    }
+    for (int i = 0; i < burst; ++i) record();
+    for (auto& life : alive) {
+      const bool dies = below(3) == 0;
+      ASSERT_NO_FATAL_FAILURE(takeReplies(*life, dies ? below(burst) : burst));
+      if (dies) killAndStartAgain(life);
+    }
+  }
+  for (auto& life : alive) {
+    expectCleanEnd(life->server);
+    ended.push_back(std::move(life));
+  }
+
+  Database& db = recorder.db();
+  EXPECT_EQ(db.query("PRAGMA integrity_check").at(0).stringValue("integrity_check"), "ok");
+  for (const auto& life : ended) expectBookedAsAnswered(*life);
+  EXPECT_EQ(db.query("SELECT (" + std::string(wrongBookkeeping) + ") AS n").at(0).intValue("n"), 0);
+  std::set<std::string> present;
+  for (const Recado& recado : recorder.recados({.limit = -1})) present.insert(recado.id);
+  const auto tombstones = recorder.pendingDeletions(-1);
+  EXPECT_EQ(std::set<std::string>(tombstones.begin(), tombstones.end()), deleted);
+  for (const std::string& message : messages) {
+    EXPECT_NE(present.count(message), deleted.count(message)) << message;
+  }
+}
+
+}  // namespace
+}  // namespace trovi::tests
