@@ -1,0 +1,88 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <map>
+#include <memory>
+
+namespace trovi::tests {
+
+/// The disk as SQLite sees it, in this process and while the object lives, on which one kind of
+/// operation can be made to fail. Nothing waits for the real disk. One object at a time, for one
+/// thread.
+class FaultyDisk {
+ public:
+  enum class Operation { read, write, sync };
+  struct Fault {
+    Operation operation;
+    int code;              ///< what SQLite is told
+    bool lasting = false;  ///< every operation from then on
+  };
+
+  FaultyDisk() {
+    vfs_.zName = "faulty";
+    vfs_.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* given) {
+      const int code = self->real_->xOpen(self->real_, name, file, flags, given);
+      if (file->pMethods != nullptr) file->pMethods = self->watched(file->pMethods);
+      return code;
+    };
+    self = this;
+    sqlite3_vfs_register(&vfs_, 1);
+  }
+  ~FaultyDisk() {
+    sqlite3_vfs_unregister(&vfs_);
+    sqlite3_vfs_register(real_, 1);
+  }
+  FaultyDisk(const FaultyDisk&) = delete;
+  FaultyDisk& operator=(const FaultyDisk&) = delete;
+
+  /// From now on the fault comes after this many operations of its kind that succeed.
+  void breakAfter(int good, const Fault& fault) {
+    fault_ = fault;
+    left_ = good;
+    arm();
+  }
+  /// Whether the fault came.
+  bool hasBroken() const { return left_ < 0; }
+  void mend() { isArmed_ = false; }
+  void arm() { isArmed_ = true; }
+
+ private:
+  struct Methods : sqlite3_io_methods {
+    const sqlite3_io_methods* real;
+  };
+
+  /// The same methods, with ours before those that can fail.
+  const Methods* watched(const sqlite3_io_methods* real) {
+    Methods& methods = methods_.try_emplace(real, Methods{*real, real}).first->second;
+    methods.xRead = [](sqlite3_file* file, void* bytes, int size, sqlite3_int64 at) {
+      const int code = self->codeOf(Operation::read);
+      return code != SQLITE_OK ? code : realOf(file)->xRead(file, bytes, size, at);
+    };
+    methods.xWrite = [](sqlite3_file* file, const void* bytes, int size, sqlite3_int64 at) {
+      const int code = self->codeOf(Operation::write);
+      return code != SQLITE_OK ? code : realOf(file)->xWrite(file, bytes, size, at);
+    };
+    methods.xSync = [](sqlite3_file*, int) { return self->codeOf(Operation::sync); };
+    return &methods;
+  }
+  static const sqlite3_io_methods* realOf(sqlite3_file* file) {
+    return static_cast<const Methods*>(file->pMethods)->real;
+  }
+  int codeOf(Operation operation) {
+    if (!isArmed_ || operation != fault_.operation) return SQLITE_OK;
+    const bool fails = fault_.lasting ? left_ <= 0 : left_ == 0;
+    --left_;
+    return fails ? fault_.code : SQLITE_OK;
+  }
+
+  inline static FaultyDisk* self = nullptr;
+  sqlite3_vfs* real_ = sqlite3_vfs_find(nullptr);
+  sqlite3_vfs vfs_ = *real_;
+  std::map<const sqlite3_io_methods*, Methods> methods_;
+  Fault fault_{Operation::read, SQLITE_OK};
+  int left_ = 0;
+  bool isArmed_ = false;
+};
+
+}  // namespace trovi::tests
