@@ -1,0 +1,88 @@
+// The process under limits: too few descriptors, too little room on the disk, too little memory.
+#include <gtest/gtest.h>
+
+#include "Conversation.h"
+
+namespace trovi::tests {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(Limit, OfDescriptorsEndsTheStartInOneLineOrLetsEveryCallAnswer) {
+  const Home home;
+  Home::file({"A"});
+  int started = 0;
+  for (int descriptors = 4; started < 2 && descriptors < 20; ++descriptors) {
+    SCOPED_TRACE(descriptors);
+    ServerProcess server({.home = home, .shell = "ulimit -n " + std::to_string(descriptors)});
+    server.send(call("recado_claim", R"({"id":"A"})"));
+    const auto reply = server.receive();
+    if (!reply) {
+      EXPECT_EQ(server.wait(), 1);
+      const std::string& said = server.standardError();
+      EXPECT_TRUE(said.starts_with("[trovi-mcp] não abri a caixa do Trovi: ")) << said;
+      EXPECT_TRUE(said.ends_with(" banco: unable to open database file\n")) << said;
+      EXPECT_EQ(said.find('\n'), said.size() - 1) << said;
+      continue;
+    }
+    ++started;
+    EXPECT_TRUE(succeeded(reply)) << *reply;
+    expectCleanEnd(server);
+  }
+  EXPECT_EQ(started, 2);
+}
+
+TEST(Limit, OfTheFilesSizeRefusesChangesUntilThereIsRoomAgain) {
+  const Home home;
+  Home::file({"A"});
+  Database other(Home::inbox());
+  ServerProcess server({.home = home, .shell = "trap '' XFSZ; ulimit -f 2048"});  // of 512 bytes
+  const auto resolve = [&](const std::string& letter) {
+    const std::string result(50'000, letter[0]);
+    return ask(server, call("recado_resolve", R"({"id":"A","resultado":")" + result + "\"}"));
+  };
+  const auto resolved = [&] {
+    return other.query("SELECT substr(result, 1, 1) AS letter FROM recado")
+        .at(0)
+        .stringValue("letter");
+  };
+  std::string answered = "none";
+  for (char letter = 'a'; letter <= 'z'; ++letter) {
+    const auto reply = resolve({letter});
+    if (!succeeded(reply)) {
+      EXPECT_EQ(reply, failure("Erro no Trovi: Erro no banco: disk I/O error"));
+      break;
+    }
+    answered = letter;
+  }
+  EXPECT_LT(answered, "z");
+  EXPECT_EQ(resolved(), answered);
+  EXPECT_TRUE(succeeded(ask(server, call("inbox_list", R"({"status":"resolvido"})"))));
+  other.execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  EXPECT_TRUE(succeeded(resolve("z")));
+  EXPECT_EQ(resolved(), "z");
+  EXPECT_EQ(other.query("PRAGMA integrity_check").at(0).stringValue("integrity_check"), "ok");
+  expectCleanEnd(server);
+}
+
+// macOS has no such limit, and sanitizers take terabytes.
+#if defined(__linux__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(Limit, OfMemoryCostsTheLineOrTheReplyAndNoMore) {
+  const Home home;
+  Home::file({"A"});
+  ServerProcess server({.home = home, .shell = "ulimit -v 120000"});  // of 1024 bytes
+  const auto ofSize = [](std::size_t size) {
+    return R"({"method":"ping","id":")" + std::string(size, 'x').append("\"}");
+  };
+  EXPECT_EQ(ask(server, ofSize(100'000'000)), std::nullopt);  // not even room for the line
+  EXPECT_EQ(server.standardError(), "");
+  EXPECT_EQ(ask(server, ofSize(30'000'000)), std::nullopt);  // none for the reply
+  EXPECT_TRUE(succeeded(ask(server, call("recado_claim", R"({"id":"A"})"))));
+  server.closeInput();
+  EXPECT_EQ(server.wait(), 0);
+  EXPECT_EQ(server.standardError(), "[trovi-mcp] não consegui serializar a resposta\n");
+}
+#endif
+
+}  // namespace
+}  // namespace trovi::tests
