@@ -24,6 +24,12 @@ class SerialQueue {
     return std::forward<Work>(work)();
   }
 
+  /// How many callers have arrived and are not done: the one whose work runs, and those that wait.
+  std::uint32_t length() const {
+    const std::uint32_t done = serving_;  // first, or those who come meanwhile would be missed
+    return nextTicket_ - done;
+  }
+
  private:
   class Turn {
    public:

@@ -3,7 +3,6 @@
 #include <cmath>
 #include <fstream>
 #include <limits>
-#include <thread>
 
 #include "Inbox.h"
 #include "TroviCore/Database.h"
@@ -139,28 +138,6 @@ TEST_F(Connection, OpensAFileAndNoURIAndNoMemory) {
     EXPECT_TRUE(std::filesystem::exists(folder.path() / name)) << name;
   }
   std::filesystem::current_path(before);
-}
-
-TEST_F(Connection, ServesSeveralThreadsWithoutMixingTheirAnswers) {
-  db.execute("CREATE TABLE a(thread, n)");
-  constexpr int threads = 4;
-  constexpr int rounds = 50;
-  std::vector<std::thread> workers;
-  for (int thread = 0; thread < threads; ++thread) {
-    workers.emplace_back([&, thread] {
-      for (int n = 0; n < rounds; ++n) {
-        EXPECT_EQ(db.run("INSERT INTO a VALUES (?, ?)",
-                         {SQLValue::integer(thread), SQLValue::integer(n)}),
-                  1);
-        const auto rows =
-            db.query("SELECT count(*) AS n FROM a WHERE thread = ?", {SQLValue::integer(thread)});
-        EXPECT_EQ(rows.at(0).intValue("n"), n + 1);
-        EXPECT_EQ(databaseError([&] { db.query("SELECT x" + std::to_string(thread)); }),
-                  "Erro no banco: no such column: x" + std::to_string(thread));
-      }
-    });
-  }
-  for (std::thread& worker : workers) worker.join();
 }
 
 }  // namespace

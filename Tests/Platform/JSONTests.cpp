@@ -49,62 +49,6 @@ TEST(JSON, WritesBackWhatItRead) {
   for (const auto& [text, expected] : cases) EXPECT_EQ(rewritten(text), expected) << text;
 }
 
-TEST(JSON, RefusesWhatTheGrammarDoesNotAllow) {
-  for (const std::string text : {"",
-                                 " ",
-                                 "01",
-                                 "-",
-                                 "+1",
-                                 "1.",
-                                 ".5",
-                                 "1e",
-                                 "1e+",
-                                 "0x1",
-                                 "NaN",
-                                 "Infinity",
-                                 "-Infinity",
-                                 "tru",
-                                 "True",
-                                 "nul",
-                                 "'a'",
-                                 "\"a",
-                                 "\"\\x\"",
-                                 "\"\\u12\"",
-                                 "\"\\u12G4\"",
-                                 "\"\t\"",
-                                 "\"\n\"",
-                                 "[1,]",
-                                 "[,1]",
-                                 "[1 2]",
-                                 "[",
-                                 "]",
-                                 "{\"a\"}",
-                                 "{\"a\":}",
-                                 "{a:1}",
-                                 "{\"a\":1,}",
-                                 "{,}",
-                                 "{1:2}",
-                                 "{\"a\" 1}",
-                                 "1 1",
-                                 "[]]",
-                                 "// c\n1",
-                                 "/* c */ 1",
-                                 "\"\\uD800\"",
-                                 "\"\\uDC00\"",
-                                 "\"\\uD800\\u0041\"",
-                                 "\"\\uD800\\uD800\"",
-                                 "\"\\uDC00\\uD800\"",
-                                 "\"\\uD800",
-                                 "\"\\",
-                                 "\xEF\xBB\xBF"
-                                 "1",
-                                 "1\xC2\xA0"}) {
-    EXPECT_FALSE(parseJSON(text)) << text;
-  }
-  EXPECT_FALSE(parseJSON(std::string("1\0", 2)));
-  EXPECT_FALSE(parseJSON(std::string("\"\0\"", 3)));
-}
-
 TEST(JSON, CountsNestingInsteadOfRunningOutOfStack) {
   EXPECT_TRUE(parseJSON(nested(512, "[", "]")));
   EXPECT_FALSE(parseJSON(nested(513, "[", "]")));

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "SerialQueue.h"
+#include "Thread.h"
 
 namespace trovi::platform {
 namespace {
@@ -14,14 +15,33 @@ TEST(SerialQueue, RunsOnePieceOfWorkAtATime) {
   constexpr int threads = 4;
   constexpr int rounds = 5000;
   int unguarded = 0;
-  std::vector<std::thread> workers;
-  for (int i = 0; i < threads; ++i) {
-    workers.emplace_back([&] {
-      for (int round = 0; round < rounds; ++round) queue.sync([&] { ++unguarded; });
+  {
+    std::vector<tests::Thread> workers;
+    for (int i = 0; i < threads; ++i) {
+      workers.emplace_back([&] {
+        for (int round = 0; round < rounds; ++round) queue.sync([&] { ++unguarded; });
+      });
+    }
+  }
+  EXPECT_EQ(unguarded, threads * rounds);
+}
+
+TEST(SerialQueue, ServesInOrderOfArrival) {
+  SerialQueue queue("test");
+  std::vector<std::uint32_t> served;
+  std::vector<std::uint32_t> arrived;
+  {
+    std::vector<tests::Thread> workers;
+    queue.sync([&] {
+      for (std::uint32_t i = 1; i <= 8; ++i) {
+        arrived.push_back(i);
+        workers.emplace_back([&, i] { queue.sync([&] { served.push_back(i); }); });
+        while (queue.length() <= i) std::this_thread::yield();
+      }
     });
   }
-  for (std::thread& worker : workers) worker.join();
-  EXPECT_EQ(unguarded, threads * rounds);
+  EXPECT_EQ(served, arrived);
+  EXPECT_EQ(queue.length(), 0U);
 }
 
 TEST(SerialQueue, ReturnsWhatTheWorkReturnsAndGoesOnAfterAnException) {
