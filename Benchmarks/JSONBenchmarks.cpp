@@ -1,0 +1,76 @@
+// Requests that are read, replies that are written.
+#include <benchmark/benchmark.h>
+
+#include "GeneratedInbox.h"
+#include "Rendering.h"
+
+namespace trovi::benchmarks {
+namespace {
+
+using platform::JSONArray;
+using platform::JSONObject;
+
+constexpr std::string_view request =
+    R"({"jsonrpc":"2.0","id":7,"method":"tools/call","params":{"name":"inbox_list","arguments":{"destino":"corvane","limite":20}}})";
+
+const Destino destino{
+    .id = "corvane",
+    .name = "Corvane",
+    .instruction = "Transforme em uma issue: título curto, contexto, o que fazer.",
+    .colorHex = "#FF6A1C",
+    .sort = 0};
+
+std::vector<Recado> recados(std::size_t count) {
+  std::vector<Recado> recados;
+  while (count-- > 0) {
+    recados.push_back(generatedRecado(count));
+    recados.back().destinoID = destino.id;
+  }
+  return recados;
+}
+
+/// What a tool makes of the messages.
+JSONObject rendered(std::vector<Recado> recados) {
+  JSONArray list;
+  list.reserve(recados.size());
+  for (Recado& recado : recados) list.emplace_back(mcp::json(std::move(recado), {destino}));
+  return mcp::textContent(JSONObject{{"recados", std::move(list)}});
+}
+
+std::string written(const JSONObject& object) {
+  platform::TextBuffer buffer;
+  platform::appendJSON(buffer, object);
+  return std::string(buffer.view());
+}
+
+void readJSON(benchmark::State& state, std::string_view text) {
+  while (state.KeepRunning()) benchmark::DoNotOptimize(platform::parseJSON(text));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
+}
+
+void readRequest(benchmark::State& state) { readJSON(state, request); }
+BENCHMARK(readRequest);
+
+void readReply(benchmark::State& state) { readJSON(state, written(rendered(recados(100)))); }
+BENCHMARK(readReply);
+
+void writeReply(benchmark::State& state) {
+  const JSONObject reply = rendered(recados(100));
+  platform::TextBuffer buffer;
+  while (state.KeepRunning()) {
+    buffer.clear();
+    platform::appendJSON(buffer, reply);
+    benchmark::ClobberMemory();
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(buffer.view().size()));
+}
+BENCHMARK(writeReply);
+
+void renderList(benchmark::State& state) {
+  const auto list = recados(static_cast<std::size_t>(state.range()));
+  while (state.KeepRunning()) benchmark::DoNotOptimize(rendered(list));
+}
+BENCHMARK(renderList)->ArgName("messages")->Arg(20)->Arg(100);
+
+}  // namespace
+}  // namespace trovi::benchmarks

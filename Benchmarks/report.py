@@ -1,0 +1,145 @@
+"""Presents the figures that RoundTrips measured: prints the table as Markdown; with --svg, draws the
+plot; with --readme, puts the table in its place there.
+
+Usage: report.py CSV [--svg FILE] [--readme FILE]
+"""
+
+import argparse
+import csv
+import datetime
+import math
+import os
+import platform
+import re
+from html import escape
+from pathlib import Path
+
+
+def read(file):
+    """{operation: {messages: microseconds}}, in the order of the file."""
+    costs = {}
+    for row in csv.DictReader(file):
+        costs.setdefault(row["operation"], {})[int(row["messages"])] = float(row["microseconds"])
+    return costs
+
+
+def table(costs):
+    sizes = list(costs["ping"])
+
+    def cell(cost, ping):
+        pings = cost / ping
+        return f"{cost:,.0f} ({pings:,.{0 if pings >= 9.95 else 1}f})"
+
+    lines = ["| µs (in pings) | " + " | ".join(f"{size:,} messages" for size in sizes) + " |",
+             "|---|" + "--:|" * len(sizes)]
+    for operation, by_size in costs.items():
+        cells = [cell(by_size[size], costs["ping"][size]) for size in sizes]
+        lines.append(f"| {operation} | " + " | ".join(cells) + " |")
+    day = datetime.date.today()
+    lines += ["", f"{day}, {platform.system()} on {platform.machine()}, {os.cpu_count()} processors."]
+    return "\n".join(lines)
+
+
+# One line a call, in the colour of its kind.
+KINDS = {"search": "search", "claim": "write", "inbox": "read", "recado": "read", "destinos": "read"}
+WIDTH, HEIGHT = 800, 472
+LEFT, RIGHT, TOP, BOTTOM = 72, 590, 48, 416  # of the field inside the axes
+LABELS = 20  # from one to the next, at least
+
+
+def spread(wanted, gap):
+    """The nearest places to the wanted ones, in their order, that lie `gap` apart."""
+    blocks = []  # of neighbours that touch: the wanted places of their first labels, as if alone
+    for place in wanted:
+        blocks.append([place])
+        while len(blocks) > 1 and mean(blocks[-2]) + gap * len(blocks[-2]) > mean(blocks[-1]):
+            touching = blocks.pop()
+            blocks[-1] += [place - gap * len(blocks[-1]) for place in touching]
+    return [mean(block) + gap * i for block in blocks for i in range(len(block))]
+
+
+def mean(values):
+    return sum(values) / len(values)
+
+
+def duration(microseconds):
+    for unit, size in (("s", 1e6), ("ms", 1e3)):
+        if microseconds >= size:
+            return f"{microseconds / size:g} {unit}"
+    return f"{microseconds:g} µs"
+
+
+def plot(costs):
+    sizes = list(costs["ping"])
+    all_costs = [cost for by_size in costs.values() for cost in by_size.values()]
+    lowest, highest = math.floor(math.log10(min(all_costs))), math.ceil(math.log10(max(all_costs)))
+
+    def x(size):
+        first, last = math.log10(sizes[0]), math.log10(sizes[-1])
+        return LEFT + (math.log10(size) - first) / (last - first) * (RIGHT - LEFT)
+
+    def y(cost):
+        return BOTTOM - (math.log10(cost) - lowest) / (highest - lowest) * (BOTTOM - TOP)
+
+    parts = []
+    for power in range(lowest, highest + 1):
+        parts += [f'<path class="grid" d="M{LEFT} {y(10**power):.1f}H{RIGHT}"/>',
+                  f'<text class="small" x="{LEFT - 8}" y="{y(10**power) + 4:.1f}" text-anchor="end">'
+                  f"{duration(10**power)}</text>"]
+    for size in sizes:
+        parts += [f'<path class="grid" d="M{x(size):.1f} {TOP}V{BOTTOM}"/>',
+                  f'<text class="small" x="{x(size):.1f}" y="{BOTTOM + 22}" text-anchor="middle">'
+                  f"{size:,}</text>"]
+    parts += [f'<text class="small" x="{(LEFT + RIGHT) / 2}" y="{BOTTOM + 42}" text-anchor="middle">'
+              "messages in the inbox</text>",
+              f'<text class="small" x="{LEFT}" y="{TOP - 18}">time until the reply</text>']
+
+    lines = sorted(costs.items(), key=lambda line: y(line[1][sizes[-1]]))
+    ends = [y(by_size[sizes[-1]]) for _, by_size in lines]
+    for (operation, by_size), end, label in zip(lines, ends, spread(ends, LABELS)):
+        kind = next((kind for start, kind in KINDS.items() if operation.startswith(start)), "other")
+        points = " ".join(f"{x(size):.1f},{y(cost):.1f}" for size, cost in by_size.items())
+        parts += [f'<g class="{kind}"><polyline class="line" points="{points}"/>']
+        parts += [f'<circle cx="{x(size):.1f}" cy="{y(cost):.1f}" r="3"/>'
+                  for size, cost in by_size.items()]
+        parts += [f'<path class="lead" d="M{RIGHT + 5} {end:.1f}L{RIGHT + 22} {label:.1f}"/>',
+                  f'<text x="{RIGHT + 27}" y="{label + 5:.1f}">{escape(operation)}</text></g>']
+    return FRAME.format(width=WIDTH, height=HEIGHT, parts="\n  ".join(parts))
+
+
+FRAME = """<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" role="img" \
+aria-labelledby="title" font-family="system-ui, sans-serif" font-size="14">
+  <title id="title">The time until the reply against the messages in the inbox, for each call</title>
+  <style>
+    .paper {{ fill: #fff }} .grid {{ stroke: #ebe5e1; fill: none }}
+    .line {{ stroke-width: 2; fill: none; stroke-linejoin: round }} .lead {{ opacity: .5 }}
+    .small {{ font-size: 12px; fill: #6b625c }}
+    .other {{ stroke: #7d736c; fill: #6b625c }} .read {{ stroke: #d9500a; fill: #c24503 }}
+    .search {{ stroke: #2f6fb5; fill: #245f9f }} .write {{ stroke: #2e8b57; fill: #23754a }}
+    text {{ stroke: none }}
+    @media (prefers-color-scheme: dark) {{
+      .paper {{ fill: #1d1917 }} .grid {{ stroke: #3a322d }} .small {{ fill: #b9aea7 }}
+      .other {{ stroke: #a3978f; fill: #c9beb7 }} .read {{ stroke: #ff7a33; fill: #ff935a }}
+      .search {{ stroke: #5fa3ec; fill: #84b9f2 }} .write {{ stroke: #4fbf83; fill: #6fcf9b }}
+    }}
+  </style>
+  <rect class="paper" width="{width}" height="{height}" rx="8"/>
+  {parts}
+</svg>
+"""
+
+arguments = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+arguments.add_argument("csv", type=argparse.FileType())
+arguments.add_argument("--svg", type=Path)
+arguments.add_argument("--readme", type=Path)
+given = arguments.parse_args()
+figures = read(given.csv)
+print(table(figures))
+if given.svg:
+    given.svg.write_text(plot(figures))
+if given.readme:
+    before, after = "<!-- Scripts/bench --record writes what follows -->\n", "\n<!-- until here -->"
+    text, count = re.subn(f"(?s)(?<={before}).*(?={after})", lambda _: table(figures),
+                          given.readme.read_text())
+    assert count == 1, "the table's place is not marked"
+    given.readme.write_text(text)
