@@ -96,7 +96,7 @@ class Crowd : public testing::Test {
   }
 
   /// Takes the replies to everything that was asked, or kills the server behind the first `enough`.
-  void takeReplies(Life& life, int enough) {
+  static void takeReplies(Life& life, int enough) {
     int taken = 0;
     for (auto& [number, request] : life.requests) {
       if (request.outcome != Outcome::unanswered) continue;
@@ -123,7 +123,7 @@ class Crowd : public testing::Test {
     bool inHand = true;  // the first request without a reply may have been carried out
     for (const auto& [number, request] : life.requests) {
       const bool may = request.outcome == Outcome::done ||
-                       (request.outcome == Outcome::refused ? deleted.count(request.message) > 0
+                       (request.outcome == Outcome::refused ? deleted.contains(request.message)
                                                             : std::exchange(inHand, false));
       if (request.message.empty()) continue;
       const auto rows = recorder.db().query("SELECT n, id FROM book WHERE mark = ?",
@@ -181,7 +181,7 @@ TEST_F(Crowd, LosesDoublesAndMixesUpNothing) {
   const auto tombstones = recorder.pendingDeletions(-1);
   EXPECT_EQ(std::set<std::string>(tombstones.begin(), tombstones.end()), deleted);
   for (const std::string& message : messages) {
-    EXPECT_NE(present.count(message), deleted.count(message)) << message;
+    EXPECT_NE(present.contains(message), deleted.contains(message)) << message;
   }
 }
 

@@ -126,13 +126,13 @@ TEST(Disk, FailsAnywhereInTheFirstStartAndTheNextOneGoesOn) {
 /// While it lives, modes of files count, which they do not for root.
 class AsAnyone {
  public:
-  AsAnyone() { EXPECT_EQ(root ? seteuid(65534) : 0, 0); }
-  ~AsAnyone() { EXPECT_EQ(root ? seteuid(0) : 0, 0); }
+  AsAnyone() { EXPECT_EQ(root_ ? seteuid(65534) : 0, 0); }
+  ~AsAnyone() { EXPECT_EQ(root_ ? seteuid(0) : 0, 0); }
   AsAnyone(const AsAnyone&) = delete;
   AsAnyone& operator=(const AsAnyone&) = delete;
 
  private:
-  bool root = geteuid() == 0;
+  bool root_ = geteuid() == 0;
 };
 
 void allow(const path& at, perms mode) { std::filesystem::permissions(at, mode); }

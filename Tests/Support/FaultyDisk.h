@@ -32,6 +32,7 @@ class FaultyDisk {
   ~FaultyDisk() {
     sqlite3_vfs_unregister(&vfs_);
     sqlite3_vfs_register(real_, 1);
+    self = nullptr;
   }
   FaultyDisk(const FaultyDisk&) = delete;
   FaultyDisk& operator=(const FaultyDisk&) = delete;
