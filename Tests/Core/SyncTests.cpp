@@ -243,11 +243,6 @@ class Rounds : public Inbox {
   const double later = secondsSince1970(now()) + 1000;
 };
 
-TEST_F(Rounds, BringTheWholeInboxToASecondCopy) {
-  expectInStep(store);
-  expectInStep(copy);
-}
-
 TEST_F(Rounds, LoseNoChangeThatComesDuringAnUpload) {
   store.setDestino({.id = "b", .destinoID = "trabalho"});
   const auto resolved = [&] { assistant.resolve({.id = "b", .result = "feito"}); };
@@ -286,21 +281,6 @@ TEST_F(Rounds, DeleteWhatIsDeletedDuringAnUpload) {
   store.reopen("b");
   EXPECT_EQ(remote.upload(store, [&] { assistant.deleteRecado("b"); }), IDs{"b"});
   EXPECT_EQ(remote.upload(store), IDs{"-b"});
-  expectInStep(store);
-}
-
-TEST_F(Rounds, OfferAMessageAgainThatReturnsUnderItsID) {
-  store.deleteRecado("c");
-  store.insert(someRecado("c", 1));
-  EXPECT_EQ(remote.upload(store), IDs{"c"});
-  expectInStep(store);
-}
-
-TEST_F(Rounds, FillAFreshRemoteCopyButTellItNoDeletions) {
-  store.deleteRecado("a");
-  remote = {};
-  store.markAllForUpload();
-  EXPECT_EQ(remote.upload(store), (IDs{"b", "c"}));
   expectInStep(store);
 }
 
