@@ -17,7 +17,7 @@ namespace trovi::platform {
 namespace bytescan {
 
 /// Needs an escape inside a JSON string.
-inline bool isSpecial(char c) {
+constexpr bool isSpecial(char c) {
   return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
 }
 

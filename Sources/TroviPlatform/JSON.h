@@ -54,6 +54,9 @@ class JSONValue {
   JSONValue(JSONObject object);
   /// `value` as it is written, once and for all: for what is sent often. It reads as no kind.
   static JSONValue written(const JSONObject& object);
+  /// A text, likewise written: `value` as JSON with its members in order and on lines of their own,
+  /// two blanks a level, `"key": value`, `[]` and `{}` when empty.
+  static JSONValue prettyText(const JSONValue& value);
 
   // The value as one kind, or null when it is of another. The pointer lives as long as the value.
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
@@ -134,9 +137,5 @@ std::optional<JSONValue> parseJSON(std::string_view text);
 
 /// Appends `object` without any white space. "/" and non-ASCII characters stand as themselves.
 void appendJSON(TextBuffer& out, const JSONObject& object);
-
-/// `value` with its members on lines of their own, two blanks a level, `"key": value`, `[]` and
-/// `{}` when empty.
-std::string prettyJSON(const JSONValue& value);
 
 }  // namespace trovi::platform

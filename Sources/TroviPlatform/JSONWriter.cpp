@@ -3,7 +3,10 @@
 namespace trovi::platform {
 namespace {
 
-enum class Layout { compact, pretty };
+enum class Layout {
+  compact,
+  prettyText,  ///< on several lines, as it stands inside a JSON string
+};
 
 template <Layout layout>
 class Writer {
@@ -12,7 +15,7 @@ class Writer {
 
   void write(const JSONValue& value) {
     if (const auto* text = value.text()) {
-      out_.appendQuoted(*text);
+      write(*text);
     } else if (const auto* number = value.number()) {
       out_.append(number->literal);
     } else if (const auto* object = value.object()) {
@@ -20,7 +23,7 @@ class Writer {
     } else if (const auto* array = value.array()) {
       container('[', *array, ']', [this](const JSONValue& element) { write(element); });
     } else if (const auto* written = value.written()) {
-      out_.append(*written);
+      writeJSON(*written);
     } else if (const auto* boolean = value.boolean()) {
       out_.append(*boolean ? "true" : "false");
     } else {
@@ -29,7 +32,7 @@ class Writer {
   }
 
   void write(const JSONObject& object) {
-    if (layout == Layout::pretty && !object.isSorted()) {
+    if (layout == Layout::prettyText && !object.isSorted()) {
       container('{', object.sorted(), '}', [this](const auto* member) { this->write(*member); });
     } else {
       container('{', object, '}', [this](const auto& member) { this->write(member); });
@@ -38,9 +41,29 @@ class Writer {
 
  private:
   void write(const JSONObject::Member& member) {
-    out_.appendQuoted(member.first);
-    out_.append(layout == Layout::pretty ? ": " : ":");
+    write(member.first);
+    out_.append(layout == Layout::prettyText ? ": " : ":");
     write(member.second);
+  }
+
+  void write(const std::string& text) {
+    if constexpr (layout == Layout::prettyText) {
+      out_.append("\\\"");
+      out_.appendEscaped(text, TextBuffer::Depth::twice);
+      out_.append("\\\"");
+    } else {
+      out_.append('"');
+      out_.appendEscaped(text, TextBuffer::Depth::once);
+      out_.append('"');
+    }
+  }
+
+  void writeJSON(const std::string& json) {
+    if constexpr (layout == Layout::prettyText) {
+      out_.appendEscaped(json, TextBuffer::Depth::once);
+    } else {
+      out_.append(json);
+    }
   }
 
   template <class Container, class Element>
@@ -60,8 +83,8 @@ class Writer {
   }
 
   void breakLine() {
-    if constexpr (layout == Layout::pretty) {
-      out_.append('\n');
+    if constexpr (layout == Layout::prettyText) {
+      out_.append("\\n");
       out_.append(2 * level_, ' ');
     }
   }
@@ -76,11 +99,14 @@ void appendJSON(TextBuffer& out, const JSONObject& object) {
   Writer<Layout::compact>(out).write(object);
 }
 
-std::string prettyJSON(const JSONValue& value) {
+JSONValue JSONValue::prettyText(const JSONValue& value) {
   thread_local TextBuffer out;  // kept for its memory: a long text grows through many sizes
   out.clear();
-  Writer<Layout::pretty>(out).write(value);
-  std::string text(out.view());
+  out.append('"');
+  Writer<Layout::prettyText>(out).write(value);
+  out.append('"');
+  JSONValue text;
+  text.content_ = std::make_shared<const std::string>(out.view());
   out.clear();  // a huge one goes at once
   return text;
 }

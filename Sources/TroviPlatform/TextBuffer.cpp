@@ -9,15 +9,17 @@
 namespace trovi::platform {
 namespace {
 
-/// What stands for a special byte inside a JSON string.
 struct Escape {
-  std::array<char, 6> text{};
+  std::array<char, 8> text{};
   std::size_t size = 0;
 };
 
-constexpr auto escapes = [] {
+/// What stands for each special byte inside a JSON string.
+using Escapes = std::array<Escape, 256>;
+
+constexpr Escapes escapesOnce = [] {
   constexpr std::string_view digits = "0123456789abcdef";
-  std::array<Escape, 256> table{};
+  Escapes table{};
   for (std::size_t c = 0; c < 0x20; ++c) {
     table[c] = {{'\\', 'u', '0', '0', digits[c >> 4], digits[c & 0xF]}, 6};
   }
@@ -29,32 +31,44 @@ constexpr auto escapes = [] {
   return table;
 }();
 
-char* putEscape(char* out, char c) {
+constexpr Escapes escapesTwice = [] {
+  Escapes table{};
+  for (std::size_t c = 0; c < table.size(); ++c) {
+    Escape& twice = table[c];
+    for (const char once : std::string_view(escapesOnce[c].text.data(), escapesOnce[c].size)) {
+      if (bytescan::isSpecial(once)) twice.text[twice.size++] = '\\';
+      twice.text[twice.size++] = once;
+    }
+  }
+  return table;
+}();
+
+char* putEscape(char* out, char c, const Escapes& escapes) {
   const Escape& escape = escapes[static_cast<unsigned char>(c)];
   std::memcpy(out, escape.text.data(), escape.text.size());
   return out + escape.size;
 }
 
 /// Writes `text` with its escapes, and up to a block of bytes behind them; returns their end.
-char* putEscaped(char* out, std::string_view text) {
+char* putEscaped(char* out, std::string_view text, const Escapes& escapes) {
   using namespace bytescan;
   const char* in = text.data();
   const char* const end = in + text.size();
   while (static_cast<std::size_t>(end - in) >= blockSize) {
-    std::memcpy(out, in, blockSize);
     const Marks marks = specials(in);
+    std::memcpy(out, in, blockSize);
     if (marks == 0) {
       in += blockSize;
       out += blockSize;
     } else {
       const std::size_t plain = bytesBefore(marks);
-      out = putEscape(out + plain, in[plain]);
+      out = putEscape(out + plain, in[plain], escapes);
       in += plain + 1;
     }
   }
   for (; in < end; ++in) {
     if (isSpecial(*in)) {
-      out = putEscape(out, *in);
+      out = putEscape(out, *in, escapes);
     } else {
       *out++ = *in;
     }
@@ -73,17 +87,14 @@ void TextBuffer::clear() {
   size_ = 0;
 }
 
-void TextBuffer::appendQuoted(std::string_view text) {
+void TextBuffer::appendEscaped(std::string_view text, Depth depth) {
   constexpr std::size_t piece = 4096;  // so that the room for the worst case stays small
-  append('"');
-  for (;;) {
+  const Escapes& escapes = depth == Depth::once ? escapesOnce : escapesTwice;
+  while (!text.empty()) {
     const std::string_view next = text.substr(0, piece);
-    char* const start = room(escapes[0].text.size() * next.size() + bytescan::blockSize);
-    char* end = putEscaped(start, next);
+    char* const start = room(sizeof(Escape::text) * next.size() + bytescan::blockSize);
+    size_ += static_cast<std::size_t>(putEscaped(start, next, escapes) - start);
     text.remove_prefix(next.size());
-    if (text.empty()) *end++ = '"';
-    size_ += static_cast<std::size_t>(end - start);
-    if (text.empty()) return;
   }
 }
 

@@ -34,8 +34,11 @@ class TextBuffer {
     size_ += count;
   }
 
-  /// Appends `text`, which is valid UTF-8, as a JSON string.
-  void appendQuoted(std::string_view text);
+  /// How many JSON strings a text stands in: `twice` where a string holds JSON that holds it.
+  enum class Depth { once, twice };
+
+  /// Appends `text`, which is valid UTF-8, as it stands between the quotation marks.
+  void appendEscaped(std::string_view text, Depth depth);
 
  private:
   /// The end of the text, with `count` bytes behind it to write on.

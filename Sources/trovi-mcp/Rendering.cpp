@@ -30,7 +30,7 @@ JSONValue destinoOf(const Recado& recado, const std::vector<Destino>& destinos) 
   return found != destinos.end() ? JSONValue(json(*found)) : JSONValue(nullptr);
 }
 
-JSONObject toolResult(std::string text, bool isError) {
+JSONObject toolResult(JSONValue text, bool isError) {
   JSONObject item;
   item.add("type", "text");
   item.add("text", std::move(text));
@@ -68,7 +68,9 @@ JSONObject json(const Destino& destino) {
   return object;
 }
 
-JSONObject textContent(const JSONValue& payload) { return toolResult(prettyJSON(payload), false); }
+JSONObject textContent(const JSONValue& payload) {
+  return toolResult(JSONValue::prettyText(payload), false);
+}
 
 JSONObject toolError(std::string message) { return toolResult(std::move(message), true); }
 

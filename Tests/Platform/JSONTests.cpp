@@ -65,13 +65,21 @@ TEST(JSON, EscapesAtEveryPlaceOfABlock) {
         std::string text(size, 'x');
         text[place] = special;
         TextBuffer out;
-        appendJSON(out, JSONObject{{"v", text}});
+        appendJSON(out, JSONObject{{"v", text}, {"pretty", JSONValue::prettyText(text)}});
         const auto read = parseJSON(out.view());
         ASSERT_TRUE(read) << out.view();
         ASSERT_EQ(read->object()->text("v"), text) << size << " " << place;
+        ASSERT_EQ(parseJSON(*read->object()->text("pretty")), text) << size << " " << place;
       }
     }
   }
+}
+
+std::string prettyText(const JSONValue& value) {
+  TextBuffer out;
+  appendJSON(out, JSONObject{{"v", JSONValue::prettyText(value)}});
+  const auto read = parseJSON(out.view());
+  return std::string(read->object()->text("v").value());
 }
 
 TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
@@ -79,7 +87,7 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
                           {"recados", JSONArray{JSONObject{{"b", "a/ç\n"}, {"a", nullptr}}, 1}},
                           {"nada", JSONObject()},
                           {"lista", JSONArray{}}};
-  EXPECT_EQ(prettyJSON(object), R"({
+  EXPECT_EQ(prettyText(object), R"({
   "lista": [],
   "nada": {},
   "recados": [
@@ -91,6 +99,12 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
   ],
   "total": 0
 })");
+}
+
+TEST(JSON, AWrittenValueStaysItselfInsideAPrettyText) {
+  const JSONObject object{{"a", "\"b\""}};
+  EXPECT_EQ(prettyText(JSONValue::written(object)), R"({"a":"\"b\""})");
+  EXPECT_EQ(parseJSON(prettyText(JSONValue::prettyText(object))), prettyText(object));
 }
 
 TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
