@@ -176,8 +176,10 @@ void jsonText(std::string_view input) {
   const std::string text = platform::repairedUTF8(input);
   const auto value = platform::parseJSON(text);
   if (!value) return;
-  require(platform::parseJSON(platform::prettyJSON(*value)) == value,
-          "a pretty text spells the value");
+  const std::string reply = written({{"text", JSONValue::prettyText(*value)}});
+  const auto pretty = platform::parseJSON(reply);
+  require(pretty && platform::parseJSON(*pretty->object()->text("text")) == value,
+          "a text in a reply spells the value");
   if (value->object() == nullptr) return;
   require(platform::parseJSON(written(*value->object())) == value,
           "a compact text spells the value");

@@ -160,7 +160,7 @@ std::vector<BadLine> badLines() {
       {"20 MB in arguments", get('"' + huge + '"'), notFound(huge)},
       {"ill-formed UTF-8 in id", withID("\"\xC3(\xE2\x82\""), echo("\"\uFFFD(\uFFFD\"")},
       {"ill-formed UTF-8 in arguments", get("\"\xFF\""), notFound("\uFFFD")},
-      {"ill-formed UTF-8 before", "\xFF" + withID("1")},
+      {"ill-formed UTF-8 before", "\xFF"s + withID("1")},
       {"ill-formed UTF-8 behind", withID("1") + "\xF0\x9F"},
       {"a NUL in id", withID("\"a\0b\""s)},
       {"a NUL behind", withID("1") + '\0'},
