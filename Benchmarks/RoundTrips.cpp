@@ -20,6 +20,7 @@
 
 #include "GeneratedInbox.h"
 #include "ServerProcess.h"
+#include "ToolCall.h"
 
 namespace trovi::benchmarks {
 namespace {
@@ -31,10 +32,11 @@ using Clock = std::chrono::steady_clock;
 /// How much is done for a row of the table.
 struct Effort {
   std::vector<std::size_t> sizes;  ///< of the inboxes, in messages
-  Clock::duration row, turn;       ///< at least so long each, and at least one call
+  int turns;                       ///< at least, for each inbox
+  Clock::duration row, turn;       ///< at least so long
 };
-const Effort standard{.sizes{100, 1'000, 10'000, 100'000}, .row = 6s, .turn = 10ms};
-const Effort smoke{.sizes{100, 1'000}, .row = 0s, .turn = 0s};  // shows that it works
+const Effort standard{.sizes{100, 1'000, 10'000, 100'000}, .turns = 9, .row = 6s, .turn = 10ms};
+const Effort smoke{.sizes{100, 1'000}, .turns = 1, .row = 0s, .turn = 0s};  // shows that it works
 
 /// An inbox and the server on it.
 struct Subject {
@@ -66,10 +68,7 @@ void ask(Subject& subject, const std::string& method) {
 
 void call(Subject& subject, const std::string& tool, const std::string& arguments = "{}",
           std::string_view proof = R"("isError":false)") {
-  ask(subject,
-      R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":")" + tool +
-          R"(","arguments":)" + arguments + "}}",
-      proof);
+  ask(subject, tests::toolCall(tool, arguments), proof);
 }
 
 /// The end of a list of so many.
@@ -157,9 +156,9 @@ void measure(const Effort& effort) {
   for (const Operation& operation : operations) {
     std::cerr << operation.name << '\n';
     const auto end = Clock::now() + effort.row;
-    do {
+    for (int turns = 0; turns < effort.turns || Clock::now() < end; ++turns) {
       for (const auto& subject : subjects) takeTurn(operation, *subject, effort.turn);
-    } while (Clock::now() < end);
+    }
     for (const auto& subject : subjects) {
       std::cout << operation.name << ',' << subject->size << ',' << median(subject->times) << '\n';
       subject->times.clear();

@@ -1,4 +1,4 @@
-// Each operation of the store on inboxes of several sizes. What changes an inbox leaves it as large
+// The store's main operations on inboxes of several sizes. What changes an inbox leaves it as large
 // as it was, and mostly waits for the disk: there the processor time says more.
 #include <benchmark/benchmark.h>
 
@@ -47,6 +47,19 @@ auto destinos(GeneratedInbox& inbox, std::size_t /*turn*/) { return inbox.store(
 
 auto counts(GeneratedInbox& inbox, std::size_t /*turn*/) { return inbox.store().counts(); }
 
+auto countThisMonth(GeneratedInbox& inbox, std::size_t /*turn*/) {
+  return inbox.store().countThisMonth();
+}
+
+auto pendingUploads(GeneratedInbox& inbox, std::size_t /*turn*/) {
+  return inbox.store().pendingUploads(20);
+}
+
+auto markAllForUpload(GeneratedInbox& inbox, std::size_t /*turn*/) {
+  inbox.store().markAllForUpload();
+  return 0;
+}
+
 auto claim(GeneratedInbox& inbox, std::size_t turn) {
   return inbox.store().claim({.id = inbox.waitingID(turn), .by = "Assistente"});
 }
@@ -75,6 +88,9 @@ BENCHMARK_CAPTURE(onInbox, searchRare, search(rareWord))->Apply(sizes);
 BENCHMARK_CAPTURE(onInbox, searchMissing, search(missingWord))->Apply(sizes);
 BENCHMARK_CAPTURE(onInbox, destinos, destinos)->Apply(sizes);
 BENCHMARK_CAPTURE(onInbox, counts, counts)->Apply(sizes);
+BENCHMARK_CAPTURE(onInbox, countThisMonth, countThisMonth)->Apply(sizes);
+BENCHMARK_CAPTURE(onInbox, pendingUploads, pendingUploads)->Apply(sizes);
+BENCHMARK_CAPTURE(onInbox, markAllForUpload, markAllForUpload)->Apply(sizes);
 BENCHMARK_CAPTURE(onInbox, insertAndDelete, insertAndDelete)->Apply(sizes);
 BENCHMARK_CAPTURE(onInbox, claim, claim)->Apply(sizes);
 BENCHMARK_CAPTURE(onInbox, resolve, resolve)->Apply(sizes);

@@ -26,18 +26,16 @@ std::string readable(const char* message) {
   return message != nullptr ? platform::repairedUTF8(message) : "desconhecido";
 }
 
-void bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
-  // A parameter too many, or a text too long, is refused by SQLite here; the placeholder, if there
-  // is one, stays null.
+/// SQLite's answer. A text that it has no room for would be null in the statement.
+int bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
   if (const auto* text = value.asText()) {
-    sqlite3_bind_text(statement, index, text->c_str(), -1, SQLITE_TRANSIENT);
-  } else if (const auto* real = value.asReal()) {
-    sqlite3_bind_double(statement, index, *real);
-  } else if (const auto* integer = value.asInteger()) {
-    sqlite3_bind_int64(statement, index, *integer);
-  } else {
-    sqlite3_bind_null(statement, index);
+    return sqlite3_bind_text(statement, index, text->c_str(), -1, SQLITE_TRANSIENT);
   }
+  if (const auto* real = value.asReal()) return sqlite3_bind_double(statement, index, *real);
+  if (const auto* integer = value.asInteger()) {
+    return sqlite3_bind_int64(statement, index, *integer);
+  }
+  return sqlite3_bind_null(statement, index);
 }
 
 /// The value in a column, which is looked at once: each look locks the connection.
@@ -212,7 +210,10 @@ class __attribute__((visibility("hidden"))) Database::Connection {
     Statement statement(prepared);
     if (code != SQLITE_OK) throw failure();
     int index = 0;
-    for (const SQLValue& parameter : parameters) bind(prepared, ++index, parameter);
+    for (const SQLValue& parameter : parameters) {
+      const int bound = bind(prepared, ++index, parameter);
+      if (bound != SQLITE_OK && bound != SQLITE_RANGE) throw failure();  // too many: ignored
+    }
     return statement;
   }
 

@@ -25,6 +25,7 @@ class SerialQueue {
   }
 
   /// How many callers have arrived and are not done: the one whose work runs, and those that wait.
+  /// For tests, which cannot know otherwise that a thread waits.
   std::uint32_t length() const {
     const std::uint32_t done = serving_;  // first, or those who come meanwhile would be missed
     return nextTicket_ - done;

@@ -8,6 +8,7 @@
 
 #include "Inbox.h"
 #include "ServerProcess.h"
+#include "ToolCall.h"
 #include "TroviCore/Paths.h"
 
 namespace trovi::tests {
@@ -32,15 +33,10 @@ class Home {
   TemporaryFolder folder_;
 };
 
-inline std::string call(const std::string& tool, const std::string& arguments, int id = 1) {
-  return R"({"id":)" + std::to_string(id) + R"(,"method":"tools/call","params":{"name":")" + tool +
-         R"(","arguments":)" + arguments + "}}";
-}
-
 /// The reply to a call that failed; `text` is as it stands inside JSON.
-inline std::string failure(const std::string& text) {
-  return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
-         R"("}],"isError":true}})";
+inline std::string failure(const std::string& text, int id = 1) {
+  return R"({"jsonrpc":"2.0","id":)" + std::to_string(id) +
+         R"(,"result":{"content":[{"type":"text","text":")" + text + R"("}],"isError":true}})";
 }
 
 inline bool succeeded(const std::optional<std::string>& reply) {

@@ -132,7 +132,9 @@ std::vector<BadLine> badLines() {
   const auto echo = [](const std::string& id) {
     return R"({"jsonrpc":"2.0","id":)" + id + R"(,"result":{}})";
   };
-  const auto get = [](const std::string& id) { return call("recado_get", R"({"id":)" + id + "}"); };
+  const auto get = [](const std::string& id) {
+    return toolCall("recado_get", R"({"id":)" + id + "}");
+  };
   const auto notFound = [](const std::string& id) {
     return failure("Recado " + id + " não encontrado.");
   };
@@ -150,8 +152,8 @@ std::vector<BadLine> badLines() {
       {"objects left open", repeated(R"({"a":)", deep)},
       {"arrays in id", withID(arrays(deep))},
       {"objects in id", withID(objects(deep))},
-      {"arrays in arguments", call("destinos_list", R"({"a":)" + arrays(deep) + "}")},
-      {"objects in arguments", call("destinos_list", objects(deep))},
+      {"arrays in arguments", toolCall("destinos_list", R"({"a":)" + arrays(deep) + "}")},
+      {"objects in arguments", toolCall("destinos_list", objects(deep))},
       {"as many levels as may be", withID(arrays(511)), echo(arrays(511))},
       {"a level more", withID(arrays(512))},
       {"20 MB that are no JSON", huge},
@@ -238,7 +240,7 @@ TEST(Start, FindsTheInboxWhateverElseIsInTheEnvironment) {
   ServerProcess server({.home = home,
                         .environment = {"XDG_DATA_HOME=" + elsewhere.path().string(),
                                         "SQLITE_TMPDIR=" + elsewhere.path().string()}});
-  EXPECT_TRUE(succeeded(ask(server, call("recado_get", R"({"id":"A"})"))));
+  EXPECT_TRUE(succeeded(ask(server, toolCall("recado_get", R"({"id":"A"})"))));
   EXPECT_TRUE(std::filesystem::is_empty(elsewhere.path()));
 }
 
@@ -248,8 +250,8 @@ TEST(Lock, OfTwoSecondsDelaysAClaimButNoReading) {
   Database other(Home::inbox());
   other.execute("BEGIN EXCLUSIVE");  // which only the write-ahead log lets readers pass
   ServerProcess server({.home = home});
-  EXPECT_TRUE(succeeded(ask(server, call("inbox_list", "{}"))));
-  server.send(call("recado_claim", R"({"id":"A"})"));
+  EXPECT_TRUE(succeeded(ask(server, toolCall("inbox_list", "{}"))));
+  server.send(toolCall("recado_claim", R"({"id":"A"})"));
   EXPECT_FALSE(server.replies(2s));
   other.execute("ROLLBACK");
   EXPECT_TRUE(succeeded(server.receive()));
@@ -262,7 +264,7 @@ TEST(Lock, OfMoreThanFourSecondsRefusesAClaimThatSucceedsLater) {
   const auto changed = [&] {
     return other.query("SELECT 1 FROM recado WHERE status = 'pendente' AND dirty = 2").empty();
   };
-  const std::string claim = call("recado_claim", R"({"id":"A"})");
+  const std::string claim = toolCall("recado_claim", R"({"id":"A"})");
   ServerProcess server({.home = home});
   other.execute("BEGIN IMMEDIATE");
   EXPECT_EQ(ask(server, claim), failure("Erro no Trovi: Erro no banco: database is locked"));
@@ -278,13 +280,14 @@ TEST(SharedFile, ShowsOneServerWhatAnotherDid) {
   ServerProcess one({.home = home});
   ServerProcess another({.home = home});
   for (const auto* name : {"Um", "Dois"}) {
-    const auto claim = call("recado_claim", R"({"id":"A","cliente":")"s + name + "\"}");
+    const auto claim = toolCall("recado_claim", R"({"id":"A","cliente":")"s + name + "\"}");
     EXPECT_TRUE(succeeded(ask(one, claim)));
-    const auto seen = ask(another, call("recado_get", R"({"id":"A"})")).value_or("no reply");
+    const auto seen = ask(another, toolCall("recado_get", R"({"id":"A"})")).value_or("no reply");
     EXPECT_NE(seen.find(R"(\"pego_por\": \")"s + name), std::string::npos) << seen;
   }
   expectCleanEnd(one);
-  EXPECT_TRUE(succeeded(ask(another, call("recado_resolve", R"({"id":"A","resultado":"ok"})"))));
+  EXPECT_TRUE(
+      succeeded(ask(another, toolCall("recado_resolve", R"({"id":"A","resultado":"ok"})"))));
   expectCleanEnd(another);
 }
 
@@ -312,7 +315,7 @@ TEST(End, ComesWithTheInputWhenTheParentIgnoresBrokenPipes) {
   awaitStart(server);
   server.closeOutput();
   server.send(ping);
-  server.send(call("destinos_list", "{}"));
+  server.send(toolCall("destinos_list", "{}"));
   expectCleanEnd(server);
 }
 

@@ -39,6 +39,11 @@ class Inbox : public testing::Test {
   Database other{file};
 };
 
+/// The file must be sound in SQLite's own eyes.
+inline void expectSound(Database& db) {
+  EXPECT_EQ(db.query("PRAGMA integrity_check").at(0).stringValue("integrity_check"), "ok");
+}
+
 /// The message of the DatabaseError that `work` throws; fails the test when it throws none.
 template <class Work>
 std::string databaseError(Work&& work) {
