@@ -133,6 +133,17 @@ TEST(Disk, FailsAnywhereInTheFirstStartAndTheNextOneGoesOn) {
   });
 }
 
+TEST(Memory, OfSQLiteThatIsGoneRefusesATextInsteadOfForgettingIt) {
+  const OneMessage inbox;
+  Server server(inbox.file);
+  const std::string large = R"({"id":"A","resultado":")" + std::string(8 << 20, 'x') + "\"}";
+  sqlite3_hard_heap_limit64(sqlite3_memory_used() + (1 << 20));
+  EXPECT_FALSE(ask(server, "recado_resolve", large, "out of memory"));
+  sqlite3_hard_heap_limit64(0);
+  EXPECT_EQ(TroviStore(inbox.file).recado("A"), tests::someRecado("A"));
+  EXPECT_TRUE(ask(server, "recado_resolve", large, "none"));
+}
+
 /// While it lives, modes of files count, which they do not for root.
 class AsAnyone {
  public:
