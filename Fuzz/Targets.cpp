@@ -2,10 +2,12 @@
 
 #include <utf8proc.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,6 +16,7 @@
 #include "LineReader.h"
 #include "Server.h"
 #include "TemporaryFolder.h"
+#include "ToolCall.h"
 #include "TroviCore/Database.h"
 #include "TroviCore/Text.h"
 #include "Unicode.h"
@@ -46,7 +49,19 @@ void checkToolResult(const JSONObject& result) {
   require(isError != nullptr && isError->boolean() != nullptr, "a tool says whether it failed");
   const auto text = content->array()->front().object()->text("text");
   require(text.has_value(), "the item is a text");
-  if (*isError->boolean()) return;
+  if (*isError->boolean()) {
+    constexpr std::string_view starts[] = {"Erro no Trovi: ",
+                                           "Falta ",
+                                           "Recado ",
+                                           "Não deu para ",
+                                           "Não existe o destino ",
+                                           "Status desconhecido: ",
+                                           "Ferramenta desconhecida: "};
+    require(std::any_of(std::begin(starts), std::end(starts),
+                        [&](std::string_view start) { return text->starts_with(start); }),
+            "a tool fails in words of its own");
+    return;
+  }
   const auto payload = platform::parseJSON(*text);
   require(payload && payload->object() != nullptr, "the text is a JSON object");
   const JSONValue* recados = payload->object()->find("recados");
@@ -114,7 +129,9 @@ class ForeignInbox {
   /// Puts the messages back where a server has changed them.
   void restore() {
     if (version() == version_) return;
-    other.execute("BEGIN; DELETE FROM recado; INSERT INTO recado SELECT * FROM kept; COMMIT;");
+    other.execute(
+        "BEGIN; DELETE FROM recado; DELETE FROM recado_apagado; INSERT INTO recado SELECT * FROM "
+        "kept; COMMIT;");
     version_ = version();
   }
 
@@ -146,6 +163,7 @@ void write(const path& file, std::string_view content) {
 void requestLine(std::string_view input) {
   static ForeignInbox inbox;
   static mcp::Server server(inbox.file);
+  checkAnswer(server, R"({"id":1,"method":"initialize","params":{"clientInfo":{}}})");  // nameless
   checkAnswer(server, input);
   inbox.restore();
 }
@@ -197,13 +215,14 @@ void spokenText(std::string_view input) {
   const std::string title = TroviText::titleFrom(input);
   require(!title.empty() && clusterCount(title) <= 61, "a title has 1 to 61 characters");
 
-  for (const std::string_view blank : {" ", "\t", "\u00A0", "\u2003", "\u3000"}) {
-    const std::string_view trimmed = trimmedBlanks(text);
-    require(!trimmed.starts_with(blank) && !trimmed.ends_with(blank), "no blank is left");
+  const std::string_view inner = trimmedBlanks(text);
+  for (const std::string_view blank :
+       {" ", "\t", "\u00A0", "\u1680", "\u2003", "\u202F", "\u3000"}) {
+    require(!inner.starts_with(blank) && !inner.ends_with(blank), "no blank is left");
   }
-  for (const std::string_view space : {" ", "\t", "\n", "\r", "\u0085", "\u00A0", "\u2028"}) {
-    const std::string_view trimmed = trimmedWhiteSpace(text);
-    require(!trimmed.starts_with(space) && !trimmed.ends_with(space), "no white space is left");
+  const std::string_view core = trimmedWhiteSpace(text);
+  for (const std::string_view space : {" ", "\t", "\n", "\v", "\r", "\u0085", "\u2003", "\u2028"}) {
+    require(!core.starts_with(space) && !core.ends_with(space), "no white space is left");
   }
 
   const std::string fold = folded(text);
@@ -218,13 +237,22 @@ void spokenText(std::string_view input) {
             "canonically equivalent texts fold to the same bytes");
   }
 
-  const Destino named{.id = "d",
-                      .name = text.substr(0, text.find('\n')),
-                      .instruction = "",
-                      .colorHex = "",
-                      .sort = 0};
-  const auto found = TroviText::destinoMentioned(input, {named});
-  require(!found || *found == named, "a destination that is named is one of those given");
+  // Lines of the text for names of destinations.
+  std::vector<Destino> destinos;
+  for (std::string_view rest = text; !rest.empty() && destinos.size() < 5;) {
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    destinos.push_back({.id = std::to_string(destinos.size()),
+                        .name = std::string(line),
+                        .instruction = "",
+                        .colorHex = "",
+                        .sort = 0});
+    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+  }
+  const auto found = TroviText::destinoMentioned(input, destinos);
+  require(
+      !found || (std::find(destinos.begin(), destinos.end(), *found) != destinos.end() &&
+                 folded(firstClusters(text, 160)).find(folded(found->name)) != std::string::npos),
+      "a destination that is mentioned is one of those given, and near the start");
 }
 
 void damagedFile(std::string_view input) {
@@ -251,13 +279,15 @@ void damagedFile(std::string_view input) {
   write(file.string() + "-wal", both.substr(border));
   try {
     mcp::Server server(file);
-    for (const char* request :
-         {R"("inbox_list","arguments":{"status":"todos"})", R"("inbox_list")",
-          R"("search","arguments":{"consulta":"a"})", R"("recado_get","arguments":{"id":"4"})",
-          R"("recado_claim","arguments":{"id":"4"})",
-          R"("recado_resolve","arguments":{"id":"4","resultado":"ok"})", R"("destinos_list")"}) {
-      checkAnswer(server, std::string(R"({"id":1,"method":"tools/call","params":{"name":)") +
-                              request + "}}");
+    constexpr const char* calls[][2] = {{"inbox_list", R"({"status":"todos"})"},
+                                        {"inbox_list", R"({"destino":"roadmap"})"},
+                                        {"search", R"({"consulta":"a"})"},
+                                        {"recado_get", R"({"id":"4"})"},
+                                        {"recado_claim", R"({"id":"4"})"},
+                                        {"recado_resolve", R"({"id":"4","resultado":"ok"})"},
+                                        {"destinos_list", "{}"}};
+    for (const auto& [tool, arguments] : calls) {
+      checkAnswer(server, tests::toolCall(tool, arguments));
     }
   } catch (const DatabaseError&) {  // which ends the program with one line
   }
