@@ -119,7 +119,8 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
 /// Safe from any thread: statements run one at a time, each on its caller's thread, in order of
 /// arrival. Every statement stands for itself; there are no transactions beyond those that a script
 /// opens. Texts end at their first NUL, on the way in and out; ill-formed UTF-8 that is read
-/// becomes U+FFFD. Nothing is cached, and the connection closes with the object.
+/// becomes U+FFFD; one for which SQLite has no room is an error. Nothing is cached, and the
+/// connection closes with the object.
 class TROVI_EXPORT Database {
  public:
   /// Opens the file, creating it when it is missing; its folder must exist. Throws DatabaseError.
