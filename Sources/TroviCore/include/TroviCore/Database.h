@@ -25,7 +25,7 @@ class TROVI_EXPORT SQLValue {
  public:
   /// @{
   /// A value of one kind. A text is UTF-8.
-  static SQLValue text(std::string value) { return SQLValue(std::move(value)); }
+  static SQLValue text(std::string value) { return SQLValue(Text{std::move(value)}); }
   static SQLValue real(double value) { return SQLValue(value); }
   static SQLValue integer(std::int64_t value) { return SQLValue(value); }
   static SQLValue null() { return SQLValue(std::monostate{}); }
@@ -40,8 +40,14 @@ class TROVI_EXPORT SQLValue {
 
   /// @{
   /// The value as one kind, a null pointer when it is of another. It points into the value.
-  const std::string* asText() const { return std::get_if<std::string>(&content_); }
-  std::string* asText() { return std::get_if<std::string>(&content_); }
+  const std::string* asText() const {
+    const auto* text = std::get_if<Text>(&content_);
+    return text != nullptr ? &text->value : nullptr;
+  }
+  std::string* asText() {
+    auto* text = std::get_if<Text>(&content_);
+    return text != nullptr ? &text->value : nullptr;
+  }
   const double* asReal() const { return std::get_if<double>(&content_); }
   const std::int64_t* asInteger() const { return std::get_if<std::int64_t>(&content_); }
   /// @}
@@ -49,7 +55,12 @@ class TROVI_EXPORT SQLValue {
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
 
  private:
-  using Content = std::variant<std::string, double, std::int64_t, std::monostate>;
+  // With a bare string in it, libstdc++ 12 holds the variant never to be without a value, and a
+  // copy for which there is no memory destroys what was not made.
+  struct Text {
+    std::string value;
+  };
+  using Content = std::variant<Text, double, std::int64_t, std::monostate>;
   explicit SQLValue(Content content) : content_(std::move(content)) {}
 
   Content content_;
