@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <map>
-#include <memory>
 
 namespace trovi::tests {
 
