@@ -1,13 +1,7 @@
 // The official SDK's client works the inbox. It holds every reply against its schemas by itself.
 import assert from 'node:assert/strict';
-import { readFileSync } from 'node:fs';
-import { join } from 'node:path';
 import test from 'node:test';
-import {
-  ListPromptsResultSchema,
-  ListResourcesResultSchema,
-} from '@modelcontextprotocol/sdk/types.js';
-import { call, connect, folder, inbox, server, version } from './support.mjs';
+import { call, connect, inbox, version } from './support.mjs';
 
 test('a whole session, from the greeting to the result that is found again', async (t) => {
   const { home, ids: [bread, button] } = inbox(t, [
@@ -20,12 +14,6 @@ test('a whole session, from the greeting to the result that is found again', asy
   await client.ping();
   const { tools } = await client.listTools();
   assert.equal(tools.length, 6);
-  const none = { method: 'resources/list' };
-  assert.deepEqual(await client.request(none, ListResourcesResultSchema), { resources: [] });
-  none.method = 'prompts/list';
-  assert.deepEqual(await client.request(none, ListPromptsResultSchema), { prompts: [] });
-  none.method = 'prompts/get';
-  await assert.rejects(client.request(none, ListPromptsResultSchema), { code: -32601 });
 
   const listed = await call(client, 'inbox_list');
   assert.deepEqual(listed.recados.map(({ id }) => id), [button, bread]);
@@ -51,34 +39,4 @@ test('each of 1,000 concurrent calls gets its own answer', async (t) => {
     return assert.rejects(call(client, 'recado_get', { id: `${n}` }),
       { message: `Recado ${n} não encontrado.` });
   }));
-});
-
-test('two clients work one inbox at once and lose nothing', async (t) => {
-  const { home, ids } = inbox(t, Array.from({ length: 40 }, (_, n) => `Recado ${n}`));
-  const names = ['Um', 'Outro'];
-  const clients = await Promise.all(
-    names.map((name) => connect(t, home, { command: server }, name)));
-  await Promise.all(ids.map(async (id, n) => {
-    const client = clients[n % 2];
-    assert.equal((await call(client, 'recado_claim', { id })).pego_por, names[n % 2]);
-    await call(client, 'recado_resolve', { id, resultado: `feito ${n}` });
-  }));
-  for (const client of clients) {
-    const { recados } = await call(client, 'inbox_list', { status: 'resolvido', limite: 100 });
-    const done = (recado) => [recado.id, recado.pego_por, recado.resultado];
-    assert.deepEqual(recados.map(done).sort(),
-      ids.map((id, n) => [id, names[n % 2], `feito ${n}`]).sort());
-  }
-});
-
-test('the process is gone within a second of the end of its input, with status 0', async (t) => {
-  const { home } = inbox(t);
-  const status = join(folder(t), 'status');
-  const client = await connect(t, home,
-    { command: 'sh', args: ['-c', '"$0"; echo $? >"$1"', server, status] });
-  await Promise.all([call(client, 'destinos_list'), client.ping()]);
-  const start = performance.now();
-  await client.close();
-  assert.ok(performance.now() - start < 1000);
-  assert.equal(readFileSync(status, 'utf8'), '0\n');
 });

@@ -8,7 +8,7 @@ import { Client } from '@modelcontextprotocol/sdk/client/index.js';
 import { StdioClientTransport } from '@modelcontextprotocol/sdk/client/stdio.js';
 
 const { TROVI_SERVER, TROVI_RECORDER, TROVI_VERSION, TROVI_BUNDLE } = process.env;
-export { TROVI_SERVER as server, TROVI_VERSION as version, TROVI_BUNDLE as bundle };
+export { TROVI_VERSION as version, TROVI_BUNDLE as bundle };
 
 /// A program of npm's by its name.
 export const installed = (name) =>
@@ -32,17 +32,13 @@ export function inbox(test, notes = []) {
   return { home, ids };
 }
 
-const fail = (error) => {
-  throw error; // outside every promise: it ends the run
-};
-
 /// A client whose server is started by `start`, as the SDK starts one, with `home` as home folder.
 /// What the SDK's schemas refuse, and any line on standard error, ends the run.
-export async function connect(test, home, start = { command: TROVI_SERVER }, name = 'Teste') {
-  const client = new Client({ name, version: '1' });
+export async function connect(test, home, start = { command: TROVI_SERVER }) {
+  const client = new Client({ name: 'Teste', version: '1' });
   const transport = new StdioClientTransport({ ...start, env: { HOME: home }, stderr: 'pipe' });
-  transport.stderr.on('data', (line) => fail(new Error(`on standard error: ${line}`)));
-  client.onerror = fail;
+  transport.stderr.on('data', (line) => client.onerror(new Error(`on standard error: ${line}`)));
+  client.onerror = (error) => { throw error; }; // outside every promise: it ends the run
   test.after(() => transport.close());
   await client.connect(transport);
   return client;

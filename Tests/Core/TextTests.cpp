@@ -1,168 +1,109 @@
 #include <gtest/gtest.h>
 
-#include <array>
-
+#include "Repeated.h"
 #include "TroviCore/Text.h"
 
-namespace trovi::tests {
+namespace trovi {
 namespace {
 
-std::string repeated(std::string_view text, int count) {
-  std::string all;
-  while (count-- > 0) all += text;
-  return all;
-}
+using tests::repeated;
 
-struct TitleCase {
-  std::string transcript, title;
-};
-
-TEST(Title, IsTheFirstSentenceAsItWasSpoken) {
-  const std::array cases{
-      TitleCase{"", "Recado sem fala"},
-      TitleCase{"\t\n\u00A0\u0085\u2028\u3000 \r\n", "Recado sem fala"},
-      TitleCase{"\u200B", "\u200B"},
-      TitleCase{" \u2029Ligar para o João?\nUrgente!", "Ligar para o João"},
-      TitleCase{"...comprar pão. E leite.", "comprar pão"},
-      TitleCase{"... comprar pão .", " comprar pão "},
-      TitleCase{"?!", "?!"},
-      TitleCase{" ... ", "..."},
-      TitleCase{"um\ndois", "um"},
-      TitleCase{"um\r\ndois\n\rtrês", "um\r\ndois"},
-      TitleCase{"um\rdois", "um\rdois"},
-      TitleCase{"um.\u0301 dois. três", "um.\u0301 dois"},
-      TitleCase{"um\n\u0301dois", "um"},
-      TitleCase{"um\u3002dois\uFF01três\u2026", "um\u3002dois\uFF01três\u2026"},
-      TitleCase{" \u0301um. dois", "\u0301um"},
-      TitleCase{"um\xFF. dois", "um\uFFFD"},
-  };
+void expectTitles(const std::vector<std::pair<std::string, std::string>>& cases) {
   for (const auto& [transcript, title] : cases) {
     EXPECT_EQ(TroviText::titleFrom(transcript), title) << transcript;
   }
 }
 
+TEST(Title, IsTheFirstSentenceAsItWasSpoken) {
+  expectTitles({{"", "Recado sem fala"},
+                {"\t\n\u00A0\u0085\u2028\u3000 \r\n", "Recado sem fala"},
+                {"\u200B", "\u200B"},
+                {" \u2029Ligar para o João?\nUrgente!", "Ligar para o João"},
+                {"...comprar pão! E leite.", "comprar pão"},
+                {"... comprar pão .", " comprar pão "},
+                {"?!", "?!"},
+                {"um\r\ndois\n\rtrês", "um\r\ndois"},
+                {"um\rdois", "um\rdois"},
+                {"um.\u0301 dois. três", "um.\u0301 dois"},
+                {"um\n\u0301dois", "um"},
+                {"um\u3002dois\uFF01três\u2026", "um\u3002dois\uFF01três\u2026"},
+                {" \u0301um. dois", "\u0301um"},
+                {"um\xFF. dois", "um\uFFFD"}});
+}
+
 TEST(Title, CountsUserPerceivedCharacters) {
-  const std::array<std::string_view, 10> characters{
-      "a",    "ã",        "a\u0303",       "👩\u200D👩\u200D👧\u200D👦",
-      "🇧🇷",   "👍🏽", "1\uFE0F\u20E3", "\u1100\u1161\u11A8",
-      "\r\n", ".\u0301",
-  };
-  for (const std::string_view character : characters) {
+  for (const std::string character :
+       {"a", "a\u0303", "👩\u200D👩\u200D👧\u200D👦", "🇧🇷", "👍🏽", "\u1100\u1161\u11A8", "\r\n"}) {
     // Letters around it, since white space at the ends goes.
-    const std::string middle = repeated(character, 58);
-    EXPECT_EQ(TroviText::titleFrom("a" + middle + "b"), "a" + middle + "b") << character;
-    EXPECT_EQ(TroviText::titleFrom("a" + middle + character.data() + "b"),
-              "a" + middle + character.data() + "…")
-        << character;
+    const std::string sixty = "a" + repeated(character, 58) + "b";
+    expectTitles({{sixty, sixty}, {"a" + sixty, "aa" + repeated(character, 58) + "…"}});
   }
 }
 
 TEST(Title, IsCutBeforeItsLastSpace) {
-  const std::string letters40 = repeated("é", 40);
-  const std::array cases{
-      TitleCase{letters40 + "a " + repeated("b", 28), letters40 + "a…"},
-      TitleCase{letters40 + " " + repeated("b", 18) + " c",
-                letters40 + " " + repeated("b", 18) + "…"},
-      TitleCase{letters40 + " " + repeated("b", 19) + " c", letters40 + "…"},
-      TitleCase{letters40 + "  " + repeated("b", 30), letters40 + " …"},
-      TitleCase{letters40 + "\u00A0\t" + repeated("b", 30),
-                letters40 + "\u00A0\t" + repeated("b", 18) + "…"},
-      TitleCase{letters40 + " \u0301" + repeated("b", 30),
-                letters40 + " \u0301" + repeated("b", 19) + "…"},
-      TitleCase{". " + repeated("b", 70), "…"},
-  };
-  for (const auto& [transcript, title] : cases) {
-    EXPECT_EQ(TroviText::titleFrom(transcript), title) << transcript;
-  }
+  const std::string letters = repeated("é", 40);
+  expectTitles(
+      {{letters + "a " + repeated("b", 28), letters + "a…"},
+       {letters + " " + repeated("b", 18) + " c", letters + " " + repeated("b", 18) + "…"},
+       {letters + " " + repeated("b", 19) + " c", letters + "…"},
+       {letters + "  " + repeated("b", 30), letters + " …"},
+       {letters + "\u00A0\t" + repeated("b", 30), letters + "\u00A0\t" + repeated("b", 18) + "…"},
+       {letters + " \u0301" + repeated("b", 30), letters + " \u0301" + repeated("b", 19) + "…"},
+       {". " + repeated("b", 70), "…"}});
 }
 
-/// The name that is mentioned, of destinations with these names; "-" for none.
-std::string mentioned(std::string_view transcript, const std::vector<std::string>& names) {
+/// `found` is the name that each of the transcripts mentions and its place in the list, or "-".
+void expectMentioned(const std::string& found, const std::vector<std::string>& names,
+                     const std::vector<std::string>& transcripts) {
   std::vector<Destino> destinos;
-  destinos.reserve(names.size());
   for (const std::string& name : names) {
-    destinos.push_back({.id = std::to_string(destinos.size()),
-                        .name = name,
-                        .instruction = "",
-                        .colorHex = "",
-                        .sort = 0});
+    destinos.push_back({std::to_string(destinos.size()), name, "", "", 0});
   }
-  const auto found = TroviText::destinoMentioned(transcript, destinos);
-  return found ? found->name + found->id : "-";
+  for (const std::string& transcript : transcripts) {
+    const auto mentioned = TroviText::destinoMentioned(transcript, destinos);
+    EXPECT_EQ(mentioned ? mentioned->name + mentioned->id : "-", found) << transcript;
+  }
 }
-
-struct MentionCase {
-  std::string transcript;
-  std::vector<std::string> names;
-  std::string found;  ///< the name and its place in the list
-};
 
 TEST(Mention, FindsANameBehindItsLeadIn) {
-  const std::vector<MentionCase> cases{
-      {"", {"Casa"}, "-"},
-      {"pra casa", {}, "-"},
-      {"Manda isso pra IDEIAS SOLTAS, por favor", {"Ideias soltas"}, "Ideias soltas0"},
-      {"pro casa", {"Casa"}, "Casa0"},
-      {"para casa", {"Casa"}, "Casa0"},
-      {"PARA O casa", {"Casa"}, "Casa0"},
-      {"Pára à casa", {"Casa"}, "Casa0"},
-      {"pro destino casa", {"Casa"}, "Casa0"},
-      {"no destino casa", {"Casa"}, "Casa0"},
-      {"do destino casa", {"Casa"}, "-"},
-      {"casa", {"Casa"}, "-"},
-      {"pra  casa", {"Casa"}, "-"},
-      {"pra\u00A0casa", {"Casa"}, "-"},
-      {"compra casarão", {"Casa"}, "Casa0"},
-      {"pra acao", {"Ação"}, "Ação0"},
-      {"pra ac\u0327a\u0303o", {"AÇÃO"}, "AÇÃO0"},
-      {"pra \u212Bngstrom", {"A\u030Angstrom"}, "A\u030Angstrom0"},
-      {"pra casa\xFF",
-       {"Casa\xFF", "Casa"},
-       "Casa\xFF"
-       "0"},
-  };
-  for (const auto& [transcript, names, found] : cases) {
-    EXPECT_EQ(mentioned(transcript, names), found) << transcript;
-  }
+  expectMentioned("Casa0", {"Casa"},
+                  {"pro casa", "para casa", "PARA O casa", "Pára à casa", "pro destino casa",
+                   "no destino casa", "compra casarão"});
+  expectMentioned("-", {"Casa"}, {"", "do destino casa", "pra  casa", "pra\u00A0casa"});
+  expectMentioned("-", {}, {"pra casa"});
+  expectMentioned("Ideias soltas0", {"Ideias soltas"}, {"Manda isso pra IDEIAS SOLTAS, por favor"});
+  expectMentioned("AÇÃO0", {"AÇÃO"}, {"pra ac\u0327a\u0303o"});
+  expectMentioned("A\u030Angstrom0", {"A\u030Angstrom"}, {"pra \u212Bngstrom"});
+  expectMentioned(std::string("Casa\xFF") + "0", {"Casa\xFF", "Casa"}, {"pra casa\xFF"});
 }
 
 TEST(Mention, PrefersLongerNamesThenTheOrderOfTheList) {
-  const std::vector<MentionCase> cases{
-      {"vai pra casa nova", {"Casa", "Casa nova"}, "Casa nova1"},
-      {"pra casa ou pra obra", {"Obra", "Casa"}, "Obra0"},
-      {"pra casa", {"CASA", "casa"}, "CASA0"},
-      // By characters and not by bytes, as stored and not as folded: 4, 5, and 4 again.
-      {"pra ação ou pra casas", {"Ação", "Casas"}, "Casas1"},
-      {"pra acao ou pra obra", {"Obra", "A\u0301c\u0327a\u0303o"}, "Obra0"},
-      {"pra aaa ou pra strasse", {"Straße", "strasse"}, "strasse1"},
-      {"pra casa", {"", "Casa"}, "Casa1"},
-      {"pra ", {""}, "-"},
-  };
-  for (const auto& [transcript, names, found] : cases) {
-    EXPECT_EQ(mentioned(transcript, names), found) << transcript;
-  }
+  expectMentioned("Casa nova1", {"Casa", "Casa nova"}, {"vai pra casa nova"});
+  expectMentioned("Obra0", {"Obra", "Casa"}, {"pra casa ou pra obra"});
+  expectMentioned("CASA0", {"CASA", "casa"}, {"pra casa"});
+  // By characters and not by bytes, as stored and not as folded: 4, 5, and 4 again.
+  expectMentioned("Casas1", {"Ação", "Casas"}, {"pra ação ou pra casas"});
+  expectMentioned("Obra0", {"Obra", "A\u0301c\u0327a\u0303o"}, {"pra acao ou pra obra"});
+  expectMentioned("strasse1", {"Straße", "strasse"}, {"pra aaa ou pra strasse"});
+  expectMentioned("Casa1", {"", "Casa"}, {"pra casa"});
+  expectMentioned("-", {""}, {"pra "});
 }
 
 TEST(Mention, NeverCutsACharacter) {
-  const std::vector<MentionCase> cases{
-      {"pra 👍🏽", {"👍"}, "-"}, {"pra 👍🏽", {"👍🏽", "👍"}, "👍🏽0"},
-      {"pra 👩\u200D👧", {"👩"}, "-"}, {"pra 👩\u200D👧 e pra 👩", {"👩"}, "👩0"},
-      {"pra 🇧🇷🇵🇹", {"🇧🇷"}, "🇧🇷0"},  {"pra か\u3099", {"か"}, "-"},  // composes
-      {"pra กิ", {"ก"}, "-"},                                        // does not
-      {"pra กิ", {"กิ"}, "กิ0"},
-  };
-  for (const auto& [transcript, names, found] : cases) {
-    EXPECT_EQ(mentioned(transcript, names), found) << transcript;
-  }
+  expectMentioned("-", {"👍"}, {"pra 👍🏽"});
+  expectMentioned("👍🏽0", {"👍🏽", "👍"}, {"pra 👍🏽"});
+  expectMentioned("👩0", {"👩"}, {"pra 👩\u200D👧 e pra 👩"});
+  expectMentioned("🇧🇷0", {"🇧🇷"}, {"pra 🇧🇷🇵🇹"});
+  expectMentioned("-", {"か", "ก"}, {"pra か\u3099", "pra กิ"});  // which composes, and does not
+  expectMentioned("กิ0", {"กิ"}, {"pra กิ"});
 }
 
 TEST(Mention, IsLookedForInTheFirst160Characters) {
-  for (const std::string_view filler : {"x", "x\u0301", "🇧🇷", "👩\u200D👩\u200D👧\u200D👦"}) {
-    EXPECT_EQ(mentioned(repeated(filler, 152) + "pra casa.", {"Casa"}), "Casa0") << filler;
-    EXPECT_EQ(mentioned(repeated(filler, 153) + "pra casa.", {"Casa"}), "-") << filler;
-    EXPECT_EQ(mentioned(repeated(filler, 160) + "pra casa.", {"Casa"}), "-") << filler;
+  for (const std::string_view filler : {"x", "x\u0301", "👩\u200D👩\u200D👧\u200D👦"}) {
+    expectMentioned("Casa0", {"Casa"}, {repeated(filler, 152) + "pra casa."});
+    expectMentioned("-", {"Casa"}, {repeated(filler, 153) + "pra casa."});
   }
 }
 
 }  // namespace
-}  // namespace trovi::tests
+}  // namespace trovi

@@ -10,17 +10,16 @@ namespace {
 
 // What fuzzers started from, and what they found.
 TEST(Corpus, HoldsNoInputThatBreaksAPromise) {
-  for (const Target& target : targets) {
-    std::size_t inputs = 0;
-    for (const auto& file :
-         std::filesystem::directory_iterator(std::filesystem::path(TROVI_CORPUS) / target.name)) {
+  for (const auto& [name, run] :
+       {std::pair{std::string("session"), &session}, {"jsonText", &jsonText}}) {
+    int inputs = 0;
+    for (const auto& file : std::filesystem::directory_iterator(TROVI_CORPUS + name)) {
       SCOPED_TRACE(file.path().string());
       std::ifstream stream(file.path(), std::ios::binary);
-      const std::string input{std::istreambuf_iterator<char>(stream), {}};
-      EXPECT_NO_THROW(target.run(input));
+      EXPECT_NO_THROW(run(std::string{std::istreambuf_iterator<char>(stream), {}}));
       ++inputs;
     }
-    EXPECT_GT(inputs, 0U) << target.name;
+    EXPECT_GT(inputs, 0) << name;
   }
 }
 

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <limits>
+#include <locale>
+#include <sstream>
 
 #include "JSON.h"
 
@@ -20,52 +21,53 @@ std::optional<std::string> rewritten(const std::string& text) {
 }
 
 TEST(JSON, WritesBackWhatItRead) {
-  const struct {
-    std::string text, expected;
-  } cases[] = {
-      {"123456789012345678901234567890", "123456789012345678901234567890"},
-      {std::string(1000, '9'), std::string(1000, '9')},
+  const std::string nines(1000, '9');
+  const std::pair<std::string, std::string> cases[] = {
+      {nines, nines},
       {" [ 1 ,\t2\r\n]", "[1,2]"},
-      {R"("a/b")", R"("a/b")"},
       {R"("\/\b\f\n\r\t\"\\")", R"("/\b\f\n\r\t\"\\")"},
-      {R"("\u0000\u001F\u007f")", "\"\\u0000\\u001f\x7f\""},
-      {R"("\u00e7\uD83D\uDE00")", "\"ç😀\""},
-      {"\"ação, 日本\"", "\"ação, 日本\""},
-      {R"({"b":1,"a":2,"b":3})", R"({"a":2,"b":3})"},
-  };
+      {R"("\u0000\u001F")", R"("\u0000\u001f")"},
+      {R"("\u007f\u0080\u07fF\u0800\uFFFF\uD800\uDC00\udbff\udfff")",
+       "\"\x7f\u0080\u07FF\u0800\uFFFF\U00010000\U0010FFFF\""},
+      {R"({"b":1,"a":2,"b":[true,false,null]})", R"({"a":2,"b":[true,false,null]})"}};
   for (const auto& [text, expected] : cases) EXPECT_EQ(rewritten(text), expected) << text;
 }
 
-TEST(JSON, EscapesAtEveryPlaceOfABlock) {
-  for (std::size_t size = 0; size < 40; ++size) {
-    for (std::size_t place = 0; place < size; ++place) {
-      for (const char special : {'"', '\\', '\n', '\x01'}) {
-        std::string text(size, 'x');
-        text[place] = special;
-        TextBuffer out;
-        appendJSON(out, JSONObject{{"v", text}, {"pretty", JSONValue::prettyText(text)}});
-        const auto read = parseJSON(out.view());
-        ASSERT_TRUE(read) << out.view();
-        ASSERT_EQ(read->object()->text("v"), text) << size << " " << place;
-        ASSERT_EQ(parseJSON(*read->object()->text("pretty")), text) << size << " " << place;
-      }
-    }
-  }
+TEST(JSON, RefusesWhatIsNone) {
+  std::istringstream texts(
+      R"(|00|-01|-|--1|+1|.5|-1.|1.e1|1e|1e+|1E|1eE2|1.2.3|0x1|1_0|- 1|1 0|nan|-Infinity|TRUE|nul)"
+      R"(|nulll|truetrue|tr ue|"|"a|"\"|"\a"|"\0"|"\u"|"\u004"|"\u+041"|"\u004G"|[1 2]|"a"b|[,1]|[1)"
+      R"(|[1,,2]|1]|[1}|[1;2]|["a":1]|{"a":1|{"a"}|{"a":}|{"a" 1}|{"a":1,}|{,}|{"a":1 "b":2}|{1:2})"
+      R"(|{]|/**/1|1#|"\uDFFF"|"\uD800x"|"\uD800\n"|"\uD800\u0041"|"\uD800\\uDC00"|"\uD83D\uDE0")");
+  for (std::string text; std::getline(texts, text, '|');) EXPECT_FALSE(rewritten(text)) << text;
+  EXPECT_FALSE(rewritten("\"\x1f\""));
 }
 
-std::string prettyText(const JSONValue& value) {
-  TextBuffer out;
-  appendJSON(out, JSONObject{{"v", JSONValue::prettyText(value)}});
-  const auto read = parseJSON(out.view());
-  return std::string(read->object()->text("v").value());
+TEST(JSON, EscapesAtEveryPlaceOfABlock) {
+  for (std::size_t place = 0; place < 40 * 40; ++place) {
+    for (const char special : {'"', '\\', '\n', '\x01'}) {
+      std::string text(place / 40 + 1, 'x');
+      text[place % 40 % text.size()] = special;
+      TextBuffer out;
+      appendJSON(out, JSONObject{{"v", text}, {"pretty", JSONValue::prettyText(text)}});
+      const auto read = parseJSON(out.view());
+      ASSERT_TRUE(read) << out.view();
+      ASSERT_EQ(read->object()->text("v"), text);
+      ASSERT_EQ(parseJSON(*read->object()->text("pretty")), text);
+    }
+  }
 }
 
 TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
   const JSONObject object{{"total", 0},
                           {"recados", JSONArray{JSONObject{{"b", "a/ç\n"}, {"a", nullptr}}, 1}},
                           {"nada", JSONObject()},
+                          {"escrito", JSONValue::written({{"a", "\"b\""}})},
                           {"lista", JSONArray{}}};
-  EXPECT_EQ(prettyText(object), R"({
+  TextBuffer out;
+  appendJSON(out, JSONObject{{"v", JSONValue::prettyText(object)}});
+  EXPECT_EQ(parseJSON(out.view())->object()->text("v"), R"({
+  "escrito": {"a":"\"b\""},
   "lista": [],
   "nada": {},
   "recados": [
@@ -79,48 +81,36 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
 })");
 }
 
-TEST(JSON, AWrittenValueStaysItselfInsideAPrettyText) {
-  const JSONObject object{{"a", "\"b\""}};
-  EXPECT_EQ(prettyText(JSONValue::written(object)), R"({"a":"\"b\""})");
-  EXPECT_EQ(parseJSON(prettyText(JSONValue::prettyText(object))), prettyText(object));
-}
-
 TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
-  const struct {
-    const char* literal;
-    std::optional<std::int64_t> value;
-  } cases[] = {
-      {"7", 7},
+  const std::pair<const char*, std::int64_t> cases[] = {
       {"7.0", 7},
       {"70e-1", 7},
-      {"-0", 0},
       {"-0.0", 0},
-      {"1e-400", 0},  // the nearest double is 0
       {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
-      {"-9223372036854775808", std::numeric_limits<std::int64_t>::min()},
       {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min()},
-      {"9223372036854775808", {}},
-      {"9223372036854775808.0", {}},
-      {"-9223372036854775809", {}},
-      {"1e19", {}},
-      {"7.5", {}},
-      {"1e400", {}},
-      {"-1e400", {}},
-      {"1e99999999999999999999", {}},
   };
   for (const auto& [literal, value] : cases) {
     EXPECT_EQ(JSONNumber{literal}.integer(), value) << literal;
   }
-  EXPECT_EQ(JSONNumber{"7." + std::string(100000, '0')}.integer(), 7);
+  for (const char* none : {"9223372036854775808", "9223372036854775808.0", "-9223372036854775809",
+                           "7.5", "1e400", "1e99999999999999999999"}) {
+    EXPECT_FALSE(JSONNumber{none}.integer()) << none;
+  }
 }
 
-TEST(JSON, WritesADoubleSoThatItReadsBackTheSame) {
-  for (const double value :
-       {0.0, 12.5, 0.1, 1.0 / 3, 1750255402.1234567, 5e-324, 1.7976931348623157e308, -2.5e-7}) {
+/// What an application has whose user writes numbers as in Brazil.
+struct DecimalComma : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+};
+
+TEST(JSON, WritesADoubleSoThatItReadsBackTheSameInAnyLocale) {
+  const auto before = std::locale::global(std::locale(std::locale(), new DecimalComma));
+  for (const double value : {0.0, 12.5, 1.0 / 3, 5e-324, 1.7976931348623157e308, -2.5e-7}) {
     EXPECT_EQ(JSONNumber::from(value).real(), value);
-    EXPECT_TRUE(parseJSON(JSONNumber::from(value).literal)) << JSONNumber::from(value).literal;
+    EXPECT_TRUE(rewritten(JSONNumber::from(value).literal)) << JSONNumber::from(value).literal;
   }
   EXPECT_EQ(JSONNumber::from(0.1).literal, "0.1");
+  std::locale::global(before);
 }
 
 TEST(JSON, KeepsTheLastOfManyDoubledKeys) {

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "Inbox.h"
 #include "ServerProcess.h"
@@ -23,20 +22,17 @@ class Home {
 
   operator const std::filesystem::path&() const { return folder_.path(); }
   static std::filesystem::path inbox() { return TroviPaths::databaseURL(); }
-  /// Files messages with these ids as the recorder does.
-  static void file(const std::vector<std::string>& ids) {
-    TroviStore store(inbox());
-    for (const std::string& id : ids) store.insert(someRecado(id));
-  }
+  /// Files the message "A" as the recorder does.
+  static void fileOne() { TroviStore(inbox()).insert(someRecado("A")); }
 
  private:
   TemporaryFolder folder_;
 };
 
 /// The reply to a call that failed; `text` is as it stands inside JSON.
-inline std::string failure(const std::string& text, int id = 1) {
-  return R"({"jsonrpc":"2.0","id":)" + std::to_string(id) +
-         R"(,"result":{"content":[{"type":"text","text":")" + text + R"("}],"isError":true}})";
+inline std::string failure(const std::string& text) {
+  return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
+         R"("}],"isError":true}})";
 }
 
 inline bool succeeded(const std::optional<std::string>& reply) {

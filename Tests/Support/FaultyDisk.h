@@ -11,11 +11,12 @@ namespace trovi::tests {
 /// thread.
 class FaultyDisk {
  public:
-  enum class Operation { read, write, sync };
+  enum class Operation { none, read, write, sync };
   struct Fault {
-    Operation operation;
-    int code;              ///< what SQLite is told
+    Operation operation = Operation::none;
+    int code = SQLITE_OK;  ///< what SQLite is told
     bool lasting = false;  ///< every operation from then on
+    int after = 0;         ///< so many operations of its kind succeed before
   };
 
   FaultyDisk() {
@@ -36,16 +37,10 @@ class FaultyDisk {
   FaultyDisk(const FaultyDisk&) = delete;
   FaultyDisk& operator=(const FaultyDisk&) = delete;
 
-  /// From now on the fault comes after this many operations of its kind that succeed.
-  void breakAfter(int good, const Fault& fault) {
-    fault_ = fault;
-    left_ = good;
-    arm();
-  }
-  /// Whether the fault came.
-  bool hasBroken() const { return left_ < 0; }
-  void mend() { isArmed_ = false; }
-  void arm() { isArmed_ = true; }
+  /// Replaces the fault; one without an operation mends the disk.
+  void breakWith(const Fault& fault) { fault_ = fault; }
+  /// Whether the fault came, or how far off it is.
+  bool hasBroken() const { return fault_.after < 0; }
 
  private:
   struct Methods : sqlite3_io_methods {
@@ -70,19 +65,15 @@ class FaultyDisk {
     return static_cast<const Methods*>(file->pMethods)->real;
   }
   int codeOf(Operation operation) {
-    if (!isArmed_ || operation != fault_.operation) return SQLITE_OK;
-    const bool fails = fault_.lasting ? left_ <= 0 : left_ == 0;
-    --left_;
-    return fails ? fault_.code : SQLITE_OK;
+    if (operation != fault_.operation || fault_.after-- > 0) return SQLITE_OK;
+    return fault_.lasting || fault_.after == -1 ? fault_.code : SQLITE_OK;
   }
 
   inline static FaultyDisk* self = nullptr;
   sqlite3_vfs* real_ = sqlite3_vfs_find(nullptr);
   sqlite3_vfs vfs_ = *real_;
   std::map<const sqlite3_io_methods*, Methods> methods_;
-  Fault fault_{Operation::read, SQLITE_OK};
-  int left_ = 0;
-  bool isArmed_ = false;
+  Fault fault_;
 };
 
 }  // namespace trovi::tests

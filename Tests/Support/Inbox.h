@@ -23,14 +23,14 @@ inline Recado someRecado(const std::string& id, double createdAt = 1750255402.25
 /// program that looks into it, changes it and breaks it.
 class Inbox : public testing::Test {
  protected:
-  /// The first column of the first row of `sql`, an integer; -1 when it is none.
-  std::int64_t number(const std::string& sql) {
-    const auto rows = other.query("SELECT (" + sql + ") AS n");
-    return rows.at(0).intValue("n").value_or(-1);
-  }
-  /// The counter of changes that are not uploaded.
-  std::int64_t dirty(const std::string& id) {
-    return number("SELECT dirty FROM recado WHERE id = '" + id + "'");
+  /// What `expression`, a text, is in each row: "first;second;". Absent values are left out of it.
+  std::string each(const std::string& expression, const std::string& from = "recado") {
+    return other
+        .query("SELECT IFNULL(group_concat(CAST(" + expression +
+               " AS TEXT) || ';', ''), '') AS x FROM (SELECT * FROM " + from + ")")
+        .at(0)
+        .stringValue("x")
+        .value();
   }
 
   TemporaryFolder folder;

@@ -1,187 +1,98 @@
 #include "ServerProcess.h"
 
 #include <fcntl.h>
-#include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <stdexcept>
-#include <system_error>
+#include <utility>
 
 namespace trovi::tests {
-namespace {
-
-constexpr std::chrono::seconds patience{30};  // a sanitizer on a busy machine needs some
-
-struct Pipe {
-  Descriptor reading, writing;
-};
-
-/// A pipe of which a child gets only the ends that are given to it.
-Pipe newPipe() {
-  std::array<int, 2> ends{};
-  if (pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
-  for (const int end : ends) fcntl(end, F_SETFD, FD_CLOEXEC);
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
-}
-
-void makeNonBlocking(const Descriptor& descriptor) {
-  fcntl(descriptor.number(), F_SETFL, fcntl(descriptor.number(), F_GETFL) | O_NONBLOCK);
-}
-
-/// Appends what is there to `text`; closes the descriptor at its end.
-void readInto(std::string& text, Descriptor& descriptor) {
-  std::array<char, std::size_t{64} << 10> buffer;
-  const auto count = ::read(descriptor.number(), buffer.data(), buffer.size());
-  if (count > 0) {
-    text.append(buffer.data(), static_cast<std::size_t>(count));
-  } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
-    descriptor.close();
-  }
-}
-
-std::vector<char*> pointers(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-}  // namespace
-
-void Descriptor::close() {
-  if (isOpen()) ::close(std::exchange(number_, -1));
-}
 
 ServerProcess::ServerProcess(const Setting& setting) {
   std::signal(SIGPIPE, SIG_IGN);  // a server that has gone shows in its exit status
-  Pipe input = newPipe();
-  Pipe output = newPipe();
-  Pipe errors = newPipe();
-  for (const auto* end : {&input.writing, &output.reading, &errors.reading}) makeNonBlocking(*end);
-  if (setting.nonBlocking) {
-    for (const auto* end : {&input.reading, &output.writing}) makeNonBlocking(*end);
+  std::array<int, 2> input{};
+  std::array<int, 2> output{};
+  if (!errors_ || pipe(input.data()) != 0 || pipe(output.data()) != 0) {
+    throw std::runtime_error("no pipe");
   }
-
-  posix_spawn_file_actions_t actions{};
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, input.reading.number(), STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, output.writing.number(), STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, errors.writing.number(), STDERR_FILENO);
-  posix_spawnattr_t attributes{};
-  posix_spawnattr_init(&attributes);
-  sigset_t inDefaultHandling;
-  sigemptyset(&inDefaultHandling);
-  sigaddset(&inDefaultHandling, SIGPIPE);
-  posix_spawnattr_setsigdefault(&attributes, &inDefaultHandling);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-  std::vector<std::string> arguments{TROVI_SERVER};
-  if (!setting.shell.empty()) {
-    arguments = {"/bin/sh", "-c", setting.shell + "\nexec \"$0\"", TROVI_SERVER};
+  for (const int end : {input[0], output[1]}) {
+    if (setting.nonBlocking) fcntl(end, F_SETFL, fcntl(end, F_GETFL) | O_NONBLOCK);
   }
-  std::vector<std::string> environment = setting.environment;
-  environment.push_back("HOME=" + setting.home.string());
-  environment.emplace_back("PATH=/usr/bin:/bin");
-  const int error = posix_spawn(&process_, arguments[0].c_str(), &actions, &attributes,
-                                pointers(arguments).data(), pointers(environment).data());
-  posix_spawn_file_actions_destroy(&actions);
-  posix_spawnattr_destroy(&attributes);
-  if (error != 0) throw std::system_error(error, std::generic_category(), TROVI_SERVER);
-
-  input_ = std::move(input.writing);
-  output_ = std::move(output.reading);
-  errors_ = std::move(errors.reading);
+  const std::string script = setting.shell + "\nexec \"$0\"";
+  const std::string home = "HOME=" + setting.home.string();
+  process_ = fork();
+  if (process_ == 0) {
+    dup2(input[0], STDIN_FILENO);
+    dup2(output[1], STDOUT_FILENO);
+    dup2(fileno(errors_.get()), STDERR_FILENO);
+    for (int inherited = STDERR_FILENO + 1; inherited < 256; ++inherited) ::close(inherited);
+    std::signal(SIGPIPE, SIG_DFL);
+    const char* const environment[] = {home.c_str(), "PATH=/usr/bin:/bin", nullptr};
+    if (setting.shell.empty()) execle(TROVI_SERVER, TROVI_SERVER, nullptr, environment);
+    execle("/bin/sh", "sh", "-c", script.c_str(), TROVI_SERVER, nullptr, environment);
+    _exit(127);
+  }
+  ::close(input[0]);
+  ::close(output[1]);
+  input_ = input[1];
+  output_.reset(fdopen(output[0], "r"));
 }
 
 ServerProcess::~ServerProcess() {
-  if (process_ == 0) return;
   kill();
-  waitpid(process_, nullptr, 0);
+  closeInput();
+  if (process_ != 0) waitpid(process_, nullptr, 0);
 }
 
-void ServerProcess::sendBytes(std::string_view bytes) {
-  unsent_ += bytes;
-  exchange(Clock::now());
+void ServerProcess::sendBytes(const std::string& bytes) {
+  const auto writeAll = [input = input_](std::string_view rest) {
+    while (!rest.empty()) {
+      const auto count = ::write(input, rest.data(), rest.size());
+      if (count < 0) return;  // nobody reads any more
+      rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+  };
+  if (bytes.size() < PIPE_BUF && !writing_.valid()) return writeAll(bytes);
+  writing_ = std::async(std::launch::async, [writeAll, bytes, before = std::move(writing_)] {
+    if (before.valid()) before.wait();
+    writeAll(bytes);
+  });
 }
-
-void ServerProcess::send(std::string_view line) { sendBytes(std::string(line) + "\n"); }
 
 void ServerProcess::closeInput() {
-  const auto deadline = Clock::now() + patience;
-  while (!unsent_.empty()) {
-    if (!exchange(deadline)) throw std::runtime_error("the server does not read");
-  }
-  input_.close();
-}
-
-bool ServerProcess::replies(std::chrono::milliseconds within) {
-  const auto deadline = Clock::now() + within;
-  while (unread_.find('\n', searched_) == std::string::npos) {
-    searched_ = unread_.size();
-    if (!output_.isOpen() || !exchange(deadline)) return false;
-  }
-  return true;
+  if (writing_.valid()) writing_.wait();
+  ::close(std::exchange(input_, -1));
 }
 
 std::optional<std::string> ServerProcess::receive() {
-  if (!replies(patience)) {
-    if (output_.isOpen()) throw std::runtime_error("the server does not reply");
-    return {};
-  }
-  const std::size_t end = unread_.find('\n', std::exchange(searched_, 0));
-  std::string line = unread_.substr(0, end);
-  unread_.erase(0, end + 1);
-  return line;
+  char* line = nullptr;
+  std::size_t room = 0;
+  const auto size = getline(&line, &room, output_.get());
+  const std::unique_ptr<char, decltype(&std::free)> owner(line, &std::free);
+  if (size < 1 || line[size - 1] != '\n') return {};
+  return std::string(line, static_cast<std::size_t>(size) - 1);
 }
 
-void ServerProcess::kill(int signal) const {
-  if (process_ != 0) ::kill(process_, signal);  // 0 would mean this process's whole group
+void ServerProcess::kill() const {
+  if (process_ != 0) ::kill(process_, SIGKILL);  // 0 would mean this process's whole group
 }
 
 int ServerProcess::wait() {
-  // A process closes its pipes just before it can be waited for, and this wait has a limit.
-  const auto deadline = Clock::now() + patience;
-  while (output_.isOpen() || errors_.isOpen()) {
-    if (!exchange(deadline)) throw std::runtime_error("the server does not end");
-  }
+  for (int c = 0; output_ && (c = std::getc(output_.get())) != EOF;) rest_ += static_cast<char>(c);
   int status = 0;
-  while (waitpid(process_, &status, 0) < 0) {
-    if (errno != EINTR) throw std::system_error(errno, std::generic_category(), "waitpid");
-  }
-  process_ = 0;
+  waitpid(std::exchange(process_, 0), &status, 0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-/// Moves bytes in every pipe that is ready, after waiting for one; false when the time was over.
-bool ServerProcess::exchange(Clock::time_point deadline) {
-  std::array<pollfd, 3> ends{{{unsent_.empty() ? -1 : input_.number(), POLLOUT, 0},
-                              {output_.number(), POLLIN, 0},
-                              {errors_.number(), POLLIN, 0}}};
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-  const int ready = poll(ends.data(), ends.size(), std::max(0, static_cast<int>(left.count())));
-  if (ready < 0) {
-    if (errno == EINTR) return true;
-    throw std::system_error(errno, std::generic_category(), "poll");
-  }
-  if (ends[0].revents != 0) write();
-  if (ends[1].revents != 0) readInto(unread_, output_);
-  if (ends[2].revents != 0) readInto(complaints_, errors_);
-  return ready > 0;
-}
-
-void ServerProcess::write() {
-  const auto count = ::write(input_.number(), unsent_.data() + sent_, unsent_.size() - sent_);
-  if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
-  if (count >= 0) sent_ += static_cast<std::size_t>(count);
-  if (count >= 0 && sent_ < unsent_.size()) return;
-  if (count < 0) input_.close();  // nobody reads any more
-  unsent_.clear();
-  sent_ = 0;
+std::string ServerProcess::standardError() const {
+  std::string text;
+  std::rewind(errors_.get());
+  for (int c = 0; (c = std::getc(errors_.get())) != EOF;) text += static_cast<char>(c);
+  return text;
 }
 
 }  // namespace trovi::tests
