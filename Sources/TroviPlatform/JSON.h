@@ -54,9 +54,10 @@ class JSONValue {
   JSONValue(JSONObject object);
   /// `value` as it is written, once and for all: for what is sent often. It reads as no kind.
   static JSONValue written(const JSONObject& object);
-  /// A text, likewise written: `value` as JSON with its members in order and on lines of their own,
-  /// two blanks a level, `"key": value`, `[]` and `{}` when empty.
-  static JSONValue prettyText(const JSONValue& value);
+  /// A text that is laid out when it is written: `payload` as JSON with its members in order and on
+  /// lines of their own, two blanks a level, `"key": value`, `[]` and `{}` when empty. It is the
+  /// empty text where there is no memory for it. It reads as no kind; `payload` holds none like it.
+  static JSONValue prettyText(JSONValue payload);
 
   // The value as one kind, or null when it is of another. The pointer lives as long as the value.
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
@@ -66,6 +67,7 @@ class JSONValue {
   const JSONArray* array() const { return shared<JSONArray>(); }
   const JSONObject* object() const { return shared<JSONObject>(); }
   const std::string* written() const { return shared<std::string>(); }
+  const JSONValue* payload() const { return shared<JSONValue>(); }
 
   /// Makes the value an empty text, or a number without digits, to be filled in.
   template <class Content>
@@ -84,7 +86,8 @@ class JSONValue {
   }
 
   std::variant<std::monostate, bool, JSONNumber, std::string, std::shared_ptr<const JSONArray>,
-               std::shared_ptr<const JSONObject>, std::shared_ptr<const std::string>>
+               std::shared_ptr<const JSONObject>, std::shared_ptr<const std::string>,
+               std::shared_ptr<const JSONValue>>
       content_;
 };
 

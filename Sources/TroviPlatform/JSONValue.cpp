@@ -18,14 +18,37 @@ bool sameContent(const Container* left, const Container* right) {
 }  // namespace
 
 std::optional<std::int64_t> JSONNumber::integer() const {
-  const char* end = literal.data() + literal.size();
+  const char* const end = literal.data() + literal.size();
   std::int64_t whole = 0;
   const auto [stop, error] = std::from_chars(literal.data(), end, whole);
   if (stop == end) return error == std::errc{} ? std::optional(whole) : std::nullopt;
 
-  const auto value = real();
-  if (!value || !(*value >= -0x1p63 && *value < 0x1p63) || std::trunc(*value) != *value) return {};
-  return static_cast<std::int64_t>(*value);
+  const std::size_t mark = std::min(literal.find_first_of("eE"), literal.size());
+  std::string digits = literal.substr(0, mark);
+  std::int64_t zeros = 0;  // that follow the digits; negative: so many of them are a fraction
+  if (const auto point = digits.find('.'); point != std::string::npos) {
+    digits.erase(point, 1);
+    zeros = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(digits.size());
+  }
+  const std::size_t first = digits.find_first_of("123456789");
+  if (first == std::string::npos) return 0;
+  const std::size_t last = digits.find_last_of("123456789") + 1;
+  zeros += static_cast<std::int64_t>(digits.size() - last);
+
+  std::int64_t exponent = 0;
+  if (mark < literal.size()) {
+    const char* const sign = literal.data() + mark + 1;
+    const char* const start = *sign == '+' ? sign + 1 : sign;
+    if (std::from_chars(start, end, exponent).ec != std::errc{}) return {};
+  }
+  constexpr int mostDigits = std::numeric_limits<std::int64_t>::digits10 + 1;
+  if (exponent < -zeros || exponent > mostDigits - zeros) return {};
+
+  std::string plain(literal[0] == '-' ? "-" : "");
+  plain.append(digits, first, last - first);
+  plain.append(static_cast<std::size_t>(zeros + exponent), '0');
+  const auto read = std::from_chars(plain.data(), plain.data() + plain.size(), whole);
+  return read.ec == std::errc{} ? std::optional(whole) : std::nullopt;
 }
 
 std::optional<double> JSONNumber::real() const {
@@ -65,11 +88,18 @@ JSONValue JSONValue::written(const JSONObject& object) {
   return value;
 }
 
+JSONValue JSONValue::prettyText(JSONValue payload) {
+  JSONValue text;
+  text.content_ = std::make_shared<const JSONValue>(std::move(payload));
+  return text;
+}
+
 bool operator==(const JSONValue& left, const JSONValue& right) {
   if (left.content_.index() != right.content_.index()) return false;
   if (left.array() != nullptr) return sameContent(left.array(), right.array());
   if (left.object() != nullptr) return sameContent(left.object(), right.object());
   if (left.written() != nullptr) return sameContent(left.written(), right.written());
+  if (left.payload() != nullptr) return sameContent(left.payload(), right.payload());
   return left.content_ == right.content_;
 }
 

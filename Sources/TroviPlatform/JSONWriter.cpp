@@ -1,3 +1,5 @@
+#include <new>
+
 #include "JSON.h"
 
 namespace trovi::platform {
@@ -24,6 +26,8 @@ class Writer {
       container('[', *array, ']', [this](const JSONValue& element) { write(element); });
     } else if (const auto* written = value.written()) {
       writeJSON(*written);
+    } else if (const auto* payload = value.payload()) {
+      writeText(*payload);
     } else if (const auto* boolean = value.boolean()) {
       out_.append(*boolean ? "true" : "false");
     } else {
@@ -66,6 +70,18 @@ class Writer {
     }
   }
 
+  void writeText(const JSONValue& payload) {
+    const std::size_t start = out_.view().size();
+    try {
+      out_.append('"');
+      Writer<Layout::prettyText>(out_).write(payload);
+    } catch (const std::bad_alloc&) {
+      out_.shrink(start);
+      out_.append('"');
+    }
+    out_.append('"');
+  }
+
   template <class Container, class Element>
   void container(char open, const Container& elements, char close, const Element& element) {
     out_.append(open);
@@ -97,18 +113,6 @@ class Writer {
 
 void appendJSON(TextBuffer& out, const JSONObject& object) {
   Writer<Layout::compact>(out).write(object);
-}
-
-JSONValue JSONValue::prettyText(const JSONValue& value) {
-  thread_local TextBuffer out;  // kept for its memory: a long text grows through many sizes
-  out.clear();
-  out.append('"');
-  Writer<Layout::prettyText>(out).write(value);
-  out.append('"');
-  JSONValue text;
-  text.content_ = std::make_shared<const std::string>(out.view());
-  out.clear();  // a huge one goes at once
-  return text;
 }
 
 }  // namespace trovi::platform

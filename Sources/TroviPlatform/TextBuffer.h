@@ -19,6 +19,8 @@ class TextBuffer {
 
   std::string_view view() const { return {data_.get(), size_}; }
   void clear();
+  /// Keeps the first `size` bytes.
+  void shrink(std::size_t size) { size_ = size; }
 
   void append(char c) {
     *room(1) = c;

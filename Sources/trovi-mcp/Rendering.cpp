@@ -68,8 +68,8 @@ JSONObject json(const Destino& destino) {
   return object;
 }
 
-JSONObject textContent(const JSONValue& payload) {
-  return toolResult(JSONValue::prettyText(payload), false);
+JSONObject textContent(JSONValue payload) {
+  return toolResult(JSONValue::prettyText(std::move(payload)), false);
 }
 
 JSONObject toolError(std::string message) { return toolResult(std::move(message), true); }

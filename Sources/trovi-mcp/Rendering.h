@@ -16,8 +16,9 @@ platform::JSONObject json(Recado recado, const std::vector<Destino>& destinos);
 /// A destination's name and instruction.
 platform::JSONObject json(const Destino& destino);
 
-/// A successful result: one text, which is `payload` as pretty JSON.
-platform::JSONObject textContent(const platform::JSONValue& payload);
+/// A successful result: one text, which is `payload` as pretty JSON, or empty where there is no
+/// memory for that.
+platform::JSONObject textContent(platform::JSONValue payload);
 
 /// A failed result: one text, which is `message` as it stands.
 platform::JSONObject toolError(std::string message);

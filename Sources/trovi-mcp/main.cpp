@@ -33,15 +33,16 @@ void serve(mcp::Server& server, std::string_view line, platform::TextBuffer& buf
 
 int main() {
   platform::keepFreedMemory();
+  std::optional<platform::LineReader> lines;
   std::optional<mcp::Server> server;
   try {
+    lines.emplace(platform::standardInput);
     server.emplace(TroviPaths::supportDirectory() / "trovi.sqlite");
   } catch (const std::exception& error) {
     mcp::log(std::string("não abri a caixa do Trovi: ") + error.what());
     return EXIT_FAILURE;
   }
-  platform::LineReader lines(platform::standardInput);
   platform::TextBuffer buffer;
-  while (const auto line = lines.next()) serve(*server, *line, buffer);
+  while (const auto line = lines->next()) serve(*server, *line, buffer);
   std::exit(EXIT_SUCCESS);  // nothing is closed: the file is sound at every moment
 }

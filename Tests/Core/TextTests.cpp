@@ -35,7 +35,7 @@ TEST(Title, CountsUserPerceivedCharacters) {
   for (const std::string character :
        {"a", "a\u0303", "👩\u200D👩\u200D👧\u200D👦", "🇧🇷", "👍🏽", "\u1100\u1161\u11A8", "\r\n"}) {
     // Letters around it, since white space at the ends goes.
-    const std::string sixty = "a" + repeated(character, 58) + "b";
+    const std::string sixty = std::string("a").append(repeated(character, 58)) + "b";
     expectTitles({{sixty, sixty}, {"a" + sixty, "aa" + repeated(character, 58) + "…"}});
   }
 }

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <limits>
 #include <locale>
@@ -81,19 +82,43 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
 })");
 }
 
+#if defined(__linux__) && !defined(TROVI_SANITIZED)  // others have no such limit, or need more
+TEST(JSON, PrettyTextIsEmptyWithoutMemoryForIt) {
+  JSONValue huge(std::string(1 << 20, 'x'));
+  for (int i = 0; i < 10; ++i) huge = JSONArray{huge, huge};  // a gigabyte, once it is written
+  rlimit before{};
+  getrlimit(RLIMIT_AS, &before);
+  const rlimit little{256 << 20, before.rlim_max};
+  TextBuffer out;
+  setrlimit(RLIMIT_AS, &little);
+  appendJSON(out, JSONObject{{"v", JSONValue::prettyText(huge)}, {"w", 1}});
+  setrlimit(RLIMIT_AS, &before);
+  EXPECT_EQ(out.view(), R"({"v":"","w":1})");
+}
+#endif
+
 TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
-  const std::pair<const char*, std::int64_t> cases[] = {
+  constexpr auto most = std::numeric_limits<std::int64_t>::max();
+  const std::pair<std::string, std::int64_t> cases[] = {
       {"7.0", 7},
       {"70e-1", 7},
       {"-0.0", 0},
-      {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
+      {"0e99999999999999999999", 0},
+      {"0.0000000000000000000000000005e+28", 5},
+      {"1" + std::string(400, '0') + "e-399", 10},
+      {"9223372036854775807", most},
+      {"9223372036854775807.0", most},
+      {"922337203685477580.7E1", most},
+      {"50000000000000000000e-19", 5},
       {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min()},
   };
   for (const auto& [literal, value] : cases) {
     EXPECT_EQ(JSONNumber{literal}.integer(), value) << literal;
   }
-  for (const char* none : {"9223372036854775808", "9223372036854775808.0", "-9223372036854775809",
-                           "7.5", "1e400", "1e99999999999999999999"}) {
+  for (const char* none :
+       {"9223372036854775808", "9223372036854775808.0", "-9223372036854775809",
+        "-9223372036854775809.0", "7.5", "1e-400", "1e400", "1e9223372036854775807",
+        "1.5e-9223372036854775808", "1e99999999999999999999", "5.0000000000000000000001"}) {
     EXPECT_FALSE(JSONNumber{none}.integer()) << none;
   }
 }
