@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include "PrivateFile.h"
 #include "SerialQueue.h"
 #include "Unicode.h"
 
@@ -127,8 +128,8 @@ std::optional<Date> Row::dateValue(std::string_view column) const {
 
 std::optional<std::string> Row::takeString(std::string_view column) {
   const std::size_t i = position(column);
-  std::string* text = i > 0 ? values_[i - 1].asText() : nullptr;
-  return text != nullptr ? std::optional(std::move(*text)) : std::nullopt;
+  auto* text = i > 0 ? std::get_if<SQLValue::Text>(&values_[i - 1].content_) : nullptr;
+  return text != nullptr ? std::optional(std::move(text->value)) : std::nullopt;
 }
 
 DatabaseError::DatabaseError(Kind kind, const std::string& description)
@@ -145,12 +146,13 @@ DatabaseError DatabaseError::query(const std::string& message) {
 /// Hidden, or its templates would leave a shared library because the class around it does.
 class __attribute__((visibility("hidden"))) Database::Connection {
  public:
-  explicit Connection(const std::filesystem::path& path) {
+  Connection(const std::filesystem::path& path, const char* journal) {
     // Absolute, since SQLite takes "" for a private file, ":memory:" for none and "file:" for a
     // URI.
     std::error_code noWorkingFolder;
     const auto absolute = std::filesystem::current_path(noWorkingFolder) / path;
     if (absolute.is_relative()) throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN));
+    platform::createPrivateFile(absolute);
     sqlite3* opened = nullptr;
     const int code = sqlite3_open_v2(
         absolute.c_str(), &opened,
@@ -161,7 +163,7 @@ class __attribute__((visibility("hidden"))) Database::Connection {
     }
     constexpr int patience = 4000;  // milliseconds
     sqlite3_busy_timeout(opened, patience);
-    execute("PRAGMA journal_mode=WAL;");
+    execute(journal);
     execute("PRAGMA foreign_keys=ON;");
   }
 
@@ -226,7 +228,11 @@ class __attribute__((visibility("hidden"))) Database::Connection {
 };
 
 Database::Database(const std::filesystem::path& path)
-    : connection_(std::make_unique<Connection>(path)) {}
+    : connection_(std::make_unique<Connection>(path, "PRAGMA journal_mode=WAL;")) {}
+
+Database::Database(const std::filesystem::path& path, Draft /*draft*/)
+    : connection_(std::make_unique<Connection>(
+          path, "PRAGMA synchronous=OFF; PRAGMA journal_mode=MEMORY;")) {}
 
 Database::~Database() = default;
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <set>
 
+#include "PrivateFile.h"
 #include "TroviCore/Store.h"
 #include "UUID.h"
 
@@ -87,9 +88,40 @@ void addColumn(Database& db, const char* statement) {
   }
 }
 
+/// A file that goes when it is no longer needed.
+struct TemporaryFile {
+  ~TemporaryFile() {
+    std::error_code leftBehind;
+    std::filesystem::remove(path, leftBehind);
+  }
+  std::filesystem::path path;
+};
+
 }  // namespace
 
-TroviStore::TroviStore(const std::filesystem::path& path) : db_(path) { migrate(); }
+TroviStore::TroviStore(const std::filesystem::path& path) : db_(made(path)) { migrate(); }
+
+TroviStore::TroviStore(const std::filesystem::path& path, Database::Draft draft)
+    : db_(path, draft) {
+  migrate();
+  db_.execute("PRAGMA journal_mode=WAL;");
+}
+
+/// Where nothing is at `path`, makes a whole inbox there: a file in write-ahead mode with all that
+/// belongs in it, which others see complete or not at all. Of several programs the first one wins.
+/// What fails here will fail again, and be told, when the file is opened.
+const std::filesystem::path& TroviStore::made(const std::filesystem::path& path) {
+  using namespace std::filesystem;
+  std::error_code unknown;
+  if (symlink_status(path, unknown).type() != file_type::not_found) return path;
+  const TemporaryFile draft{path.native() + ".draft-" + platform::newUUID()};
+  try {
+    TroviStore(draft.path, Database::Draft());
+    platform::linkDurably(draft.path, path);
+  } catch (const DatabaseError&) {
+  }
+  return path;
+}
 
 void TroviStore::migrate() {
   db_.execute(baseSchema);

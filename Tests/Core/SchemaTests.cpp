@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <regex>
 
@@ -28,6 +29,31 @@ TEST_F(Schema, OfANewFileHasEveryTableIndexAndTriggerAndThreeDestinations) {
   const std::string id = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12};";
   const std::string ids = each("id", "destino GROUP BY id");
   EXPECT_TRUE(std::regex_match(ids, std::regex(id + id + id))) << ids;
+}
+
+TEST(FirstStart, MakesAFileThatIsTheUsersAloneWhateverTheMaskAndLeavesTheModeOfAnother) {
+  using std::filesystem::perms;
+  const tests::TemporaryFolder folder;
+  // For the second name there is no draft: it would be too long.
+  for (const std::string& name : {std::string("a"), std::string(230, 'b')}) {
+    for (const mode_t mask : {0U, 0777U}) {
+      const auto file = folder.path() / (name + std::to_string(mask));
+      const mode_t before = umask(mask);
+      TroviStore store(file);
+      umask(before);
+      EXPECT_EQ(store.destinos().size(), 3U);
+      for (const char* part : {"", "-wal", "-shm"}) {
+        EXPECT_EQ(status(std::filesystem::path(file.string() + part)).permissions(),
+                  perms::owner_read | perms::owner_write)
+            << file << part;
+      }
+      permissions(file, perms::group_read, std::filesystem::perm_options::add);
+      TroviStore again(file);
+      EXPECT_NE(status(file).permissions() & perms::group_read, perms::none);
+    }
+  }
+  using Files = std::filesystem::directory_iterator;
+  EXPECT_EQ(std::distance(Files(folder.path()), Files()), 4);  // and no draft
 }
 
 TEST_F(Schema, OfACurrentFileIsLeftAlone) {

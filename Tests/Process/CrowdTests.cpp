@@ -5,6 +5,7 @@
 #include <deque>
 #include <random>
 #include <set>
+#include <thread>
 
 #include "Conversation.h"
 
@@ -59,6 +60,30 @@ TEST(Crowd, LosesAndDoublesNothing) {
   const auto changes = recorder.db().query("SELECT sum(dirty - 2) AS n FROM recado");
   EXPECT_EQ(changes.at(0).intValue("n"), rounds + booked.size());
   expectSound(recorder.db());
+}
+
+/// Assistants start several servers at once where no inbox is yet, and kill some.
+TEST(FirstStart, IsWholeForEveryServer) {
+  for (int round = 0; round < 40; ++round) {
+    const Home home;
+    std::deque<ServerProcess> crowd;
+    for (int i = 0; i < 4; ++i) crowd.emplace_back(ServerProcess::Setting{home});
+    std::this_thread::sleep_for(std::chrono::microseconds(200 * round));
+    crowd.front().kill();
+    crowd.pop_front();
+    for (ServerProcess& server : crowd) {
+      awaitStart(server);
+      expectCleanEnd(server);
+    }
+    EXPECT_EQ(TroviStore(Home::inbox()).destinos().size(), 3U);
+    int drafts = 0;
+    for (const auto& file : std::filesystem::directory_iterator(Home::inbox().parent_path())) {
+      const std::string name = file.path().filename();
+      if (name.starts_with("trovi.sqlite.draft-")) ++drafts;
+      EXPECT_TRUE(name.starts_with("trovi.sqlite")) << name;
+    }
+    EXPECT_LE(drafts, 1);  // of the server that was killed
+  }
 }
 
 }  // namespace

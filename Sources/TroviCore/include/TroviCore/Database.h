@@ -44,10 +44,6 @@ class TROVI_EXPORT SQLValue {
     const auto* text = std::get_if<Text>(&content_);
     return text != nullptr ? &text->value : nullptr;
   }
-  std::string* asText() {
-    auto* text = std::get_if<Text>(&content_);
-    return text != nullptr ? &text->value : nullptr;
-  }
   const double* asReal() const { return std::get_if<double>(&content_); }
   const std::int64_t* asInteger() const { return std::get_if<std::int64_t>(&content_); }
   /// @}
@@ -55,6 +51,8 @@ class TROVI_EXPORT SQLValue {
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
 
  private:
+  friend class Row;
+
   // With a bare string in it, libstdc++ 12 holds the variant never to be without a value, and a
   // copy for which there is no memory destroys what was not made.
   struct Text {
@@ -92,10 +90,12 @@ class TROVI_EXPORT Row {
   /// An integer or real as seconds since 1970-01-01 00:00:00 UTC.
   std::optional<Date> dateValue(std::string_view column) const;
 
+ private:
+  friend class TroviStore;
+
   /// As stringValue, but moves the text out and leaves an unspecified one in its place.
   std::optional<std::string> takeString(std::string_view column);
 
- private:
   /// One more than the index of the last column of this name, or 0.
   std::size_t position(std::string_view column) const;
 
@@ -130,11 +130,12 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
 /// Safe from any thread: statements run one at a time, each on its caller's thread, in order of
 /// arrival. Every statement stands for itself; there are no transactions beyond those that a script
 /// opens. Texts end at their first NUL, on the way in and out; ill-formed UTF-8 that is read
-/// becomes U+FFFD; one for which SQLite has no room is an error. Nothing is cached, and the
-/// connection closes with the object.
+/// becomes U+FFFD; one for which SQLite has no room is an error and never stored as null. Nothing
+/// is cached, and the connection closes with the object.
 class TROVI_EXPORT Database {
  public:
-  /// Opens the file, creating it when it is missing; its folder must exist. Throws DatabaseError.
+  /// Opens the file, creating it for its user alone (mode 0600) when it is missing; its folder must
+  /// exist. Throws DatabaseError.
   explicit Database(const std::filesystem::path& path);
   ~Database();
   Database(const Database&) = delete;
@@ -155,6 +156,11 @@ class TROVI_EXPORT Database {
   std::vector<Row> query(const std::string& sql, const std::vector<SQLValue>& parameters = {});
 
  private:
+  friend class TroviStore;
+  /// A file that nobody else knows: it stays one file, and nothing waits for the disk.
+  struct Draft {};
+  Database(const std::filesystem::path& path, Draft draft);
+
   class Connection;
   std::unique_ptr<Connection> connection_;
 };

@@ -25,10 +25,11 @@ enum class RecadoStatus {
 };
 
 /// The status as it is stored in the file, compared in SQL and shown to the assistant: "pendente".
-/// A file format: these texts never change.
+/// A file format: these texts never change. Throws std::out_of_range for a value that is none of
+/// the five.
 TROVI_EXPORT std::string_view rawValue(RecadoStatus status);
 
-/// The status as the user reads it, in Portuguese: "Pego pela IA".
+/// The status as the user reads it, in Portuguese: "Pego pela IA". Throws as rawValue does.
 TROVI_EXPORT std::string_view label(RecadoStatus status);
 
 /// All cases of an enumeration in the order of their declaration.

@@ -72,7 +72,8 @@ struct RemoteStatus {
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
 ///
-/// Every operation but the static ones may throw DatabaseError. Each is one SQL statement, or as
+/// Every operation but the static ones may throw DatabaseError, and std::out_of_range for a status
+/// that is none of the five. Texts are compared by their bytes. Each is one SQL statement, or as
 /// many as it says, and what succeeded before a failure stays. An id that names nothing is not an
 /// error, and no argument is validated. Triggers in the file keep the books of the synchroniser,
 /// whichever process makes a change.
@@ -85,6 +86,9 @@ class TROVI_EXPORT TroviStore {
   /// and triggers of the synchroniser to a file of the earlier layout, and seeds three destinations
   /// once in the life of a file. The folder must exist. Throws DatabaseError; what was brought
   /// about until then stays, and the next opening goes on from there.
+  ///
+  /// A missing file is made under another name, "….draft-" and a UUID, and appears whole. A program
+  /// that is killed meanwhile may leave a draft behind, which nobody reads: it can be deleted.
   explicit TroviStore(const std::filesystem::path& path);
 
   Database& db() { return db_; }  ///< the store's connection, which lives as long as the store
@@ -219,6 +223,8 @@ class TROVI_EXPORT TroviStore {
   /// @}
 
  private:
+  TroviStore(const std::filesystem::path& path, Database::Draft draft);
+  static const std::filesystem::path& made(const std::filesystem::path& path);
   void migrate();
   void migrateSync();
 

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <filesystem>
+
+namespace trovi::platform {
+
+/// Makes an empty file that its user alone may read and write, whatever the process's umask. Does
+/// nothing where the name is taken or no file can be made: that shows when the file is opened.
+void createPrivateFile(const std::filesystem::path& file);
+
+/// Waits until `file` is on the disk and gives it a second name. False when that is taken or
+/// anything fails: it has no second name then.
+bool linkDurably(const std::filesystem::path& file, const std::filesystem::path& name);
+
+}  // namespace trovi::platform
