@@ -14,59 +14,47 @@ using platform::JSONNumber;
 using platform::JSONObject;
 using platform::JSONValue;
 
-void encodeField(KeyedEncoder& encoder, std::string_view key, const std::string& text) {
-  encoder.encodeText(key, text);
-}
-void encodeField(KeyedEncoder& encoder, std::string_view key, std::int64_t integer) {
-  encoder.encodeInteger(key, integer);
-}
-void encodeField(KeyedEncoder& encoder, std::string_view key, double number) {
-  encoder.encodeNumber(key, number);
-}
-void encodeField(KeyedEncoder& encoder, std::string_view key, Date date) {
-  encoder.encodeDate(key, date);
-}
-void encodeField(KeyedEncoder& encoder, std::string_view key, RecadoStatus status) {
-  encoder.encodeText(key, rawValue(status));
-}
-template <class Value>
-void encodeField(KeyedEncoder& encoder, std::string_view key, const std::optional<Value>& value) {
-  if (value) encodeField(encoder, key, *value);
-}
+using Key = std::string_view;
 
-void decodeField(const KeyedDecoder& decoder, std::string_view key, std::string& text) {
-  text = decoder.decodeText(key);
-}
-void decodeField(const KeyedDecoder& decoder, std::string_view key, std::int64_t& integer) {
-  integer = decoder.decodeInteger(key);
-}
-void decodeField(const KeyedDecoder& decoder, std::string_view key, double& number) {
-  number = decoder.decodeNumber(key);
-}
-void decodeField(const KeyedDecoder& decoder, std::string_view key, Date& date) {
-  date = decoder.decodeDate(key);
-}
-void decodeField(const KeyedDecoder& decoder, std::string_view key, RecadoStatus& status) {
-  const std::string text = decoder.decodeText(key);
-  const auto found = fromRawValue<RecadoStatus>(text);
-  if (!found) throw CodingError(std::string(key), "no status is called \"" + text + "\"");
-  status = *found;
-}
-template <class Value>
-void decodeField(const KeyedDecoder& decoder, std::string_view key, std::optional<Value>& value) {
-  if (decoder.contains(key)) decodeField(decoder, key, value.emplace());
-}
+/// Hands each field over as what it is.
+struct FieldEncoder {
+  void operator()(Key key, const std::string& text) { to.encodeText(key, text); }
+  void operator()(Key key, std::int64_t integer) { to.encodeInteger(key, integer); }
+  void operator()(Key key, double number) { to.encodeNumber(key, number); }
+  void operator()(Key key, Date date) { to.encodeDate(key, date); }
+  void operator()(Key key, RecadoStatus status) { to.encodeText(key, rawValue(status)); }
+  template <class Value>
+  void operator()(Key key, const std::optional<Value>& value) {
+    if (value) (*this)(key, *value);
+  }
 
-template <class Record>
-void encodeFields(const Record& record, KeyedEncoder& encoder) {
-  visitFields(record,
-              [&](std::string_view key, const auto& field) { encodeField(encoder, key, field); });
-}
+  KeyedEncoder& to;
+};
+
+/// Fills each field with what there is for it.
+struct FieldDecoder {
+  void operator()(Key key, std::string& text) { text = from.decodeText(key); }
+  void operator()(Key key, std::int64_t& integer) { integer = from.decodeInteger(key); }
+  void operator()(Key key, double& number) { number = from.decodeNumber(key); }
+  void operator()(Key key, Date& date) { date = from.decodeDate(key); }
+  void operator()(Key key, RecadoStatus& status) {
+    const std::string text = from.decodeText(key);
+    const auto found = fromRawValue<RecadoStatus>(text);
+    if (!found) throw CodingError(std::string(key), "no status is called \"" + text + "\"");
+    status = *found;
+  }
+  template <class Value>
+  void operator()(Key key, std::optional<Value>& value) {
+    if (from.contains(key)) (*this)(key, value.emplace());
+  }
+
+  const KeyedDecoder& from;
+};
 
 template <class Record>
 Record decodedFields(const KeyedDecoder& decoder) {
   Record record{};
-  visitFields(record, [&](std::string_view key, auto& field) { decodeField(decoder, key, field); });
+  visitFields(record, FieldDecoder{decoder});
   return record;
 }
 
@@ -81,12 +69,14 @@ class JSONObjectEncoder : public KeyedEncoder {
   }
 
   void encodeText(std::string_view key, std::string_view value) override {
-    object_.add(key, platform::repairedUTF8(value));
+    object_.add(std::string(key), platform::repairedUTF8(value));
   }
-  void encodeInteger(std::string_view key, std::int64_t value) override { object_.add(key, value); }
+  void encodeInteger(std::string_view key, std::int64_t value) override {
+    object_.add(std::string(key), value);
+  }
   void encodeNumber(std::string_view key, double value) override {
     if (!std::isfinite(value)) throw CodingError(std::string(key), "not a finite number");
-    object_.add(key, JSONNumber::from(value));
+    object_.add(std::string(key), JSONNumber::from(value));
   }
   void encodeDate(std::string_view key, Date value) override {
     if (dates_ == JSONDates::secondsSince1970) {
@@ -158,9 +148,13 @@ std::string toJSONText(const Record& record, JSONDates dates) {
 CodingError::CodingError(const std::string& key, const std::string& reason)
     : std::runtime_error(key.empty() ? reason : key + ": " + reason), key_(key), reason_(reason) {}
 
-void encode(const Destino& destino, KeyedEncoder& encoder) { encodeFields(destino, encoder); }
+void encode(const Destino& destino, KeyedEncoder& encoder) {
+  visitFields(destino, FieldEncoder{encoder});
+}
 
-void encode(const Recado& recado, KeyedEncoder& encoder) { encodeFields(recado, encoder); }
+void encode(const Recado& recado, KeyedEncoder& encoder) {
+  visitFields(recado, FieldEncoder{encoder});
+}
 
 template <>
 Destino decode<Destino>(const KeyedDecoder& decoder) {

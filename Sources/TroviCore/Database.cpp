@@ -9,18 +9,16 @@
 namespace trovi {
 namespace {
 
-struct ConnectionCloser {
-  void operator()(sqlite3* handle) const { sqlite3_close(handle); }
+template <auto release>
+struct Releaser {
+  template <class Resource>
+  void operator()(Resource* resource) const {
+    release(resource);
+  }
 };
-struct StatementFinalizer {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-struct MessageFreer {
-  void operator()(char* message) const { sqlite3_free(message); }
-};
-using Handle = std::unique_ptr<sqlite3, ConnectionCloser>;
-using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
-using Message = std::unique_ptr<char, MessageFreer>;
+using Handle = std::unique_ptr<sqlite3, Releaser<sqlite3_close>>;
+using Statement = std::unique_ptr<sqlite3_stmt, Releaser<sqlite3_finalize>>;
+using Message = std::unique_ptr<char, Releaser<sqlite3_free>>;
 
 /// SQLite's message, which may quote damaged bytes of the file.
 std::string readable(const char* message) {
@@ -87,14 +85,14 @@ Row::Row(std::initializer_list<std::pair<std::string, SQLValue>> columns) {
   names_ = std::move(names);
 }
 
-std::size_t Row::position(std::string_view column) const {
+std::size_t Row::place(std::string_view column) const {
   std::size_t i = values_.size();
   while (i > 0 && (*names_)[i - 1] != column) --i;
   return i;
 }
 
 const SQLValue* Row::find(std::string_view column) const {
-  const std::size_t i = position(column);
+  const std::size_t i = place(column);
   return i > 0 ? &values_[i - 1] : nullptr;
 }
 
@@ -104,9 +102,9 @@ std::optional<std::string> Row::stringValue(std::string_view column) const {
   return text != nullptr ? std::optional(*text) : std::nullopt;
 }
 
-std::optional<double> Row::doubleValue(std::string_view column) const {
-  const SQLValue* value = find(column);
-  if (value == nullptr) return {};
+std::optional<double> Row::doubleAt(std::size_t place) const {
+  if (place == 0) return {};
+  const SQLValue* value = &values_[place - 1];
   if (const auto* real = value->asReal()) return *real;
   if (const auto* integer = value->asInteger()) return static_cast<double>(*integer);
   return {};
@@ -121,14 +119,13 @@ std::optional<std::int64_t> Row::intValue(std::string_view column) const {
   return static_cast<std::int64_t>(*real);
 }
 
-std::optional<Date> Row::dateValue(std::string_view column) const {
-  const auto seconds = doubleValue(column);
+std::optional<Date> Row::dateAt(std::size_t place) const {
+  const auto seconds = doubleAt(place);
   return seconds ? std::optional(dateSince1970(*seconds)) : std::nullopt;
 }
 
-std::optional<std::string> Row::takeString(std::string_view column) {
-  const std::size_t i = position(column);
-  auto* text = i > 0 ? std::get_if<SQLValue::Text>(&values_[i - 1].content_) : nullptr;
+std::optional<std::string> Row::takeAt(std::size_t place) {
+  auto* text = place > 0 ? std::get_if<SQLValue::Text>(&values_[place - 1].content_) : nullptr;
   return text != nullptr ? std::optional(std::move(text->value)) : std::nullopt;
 }
 

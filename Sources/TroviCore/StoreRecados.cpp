@@ -30,36 +30,45 @@ constexpr const char* updateReopened =
     R"(UPDATE recado SET status = 'pendente', claimed_by = NULL, claimed_at = NULL,
     result = NULL, resolved_at = NULL WHERE id = ?)";
 
+/// The columns of a message, in the order of its fields.
+constexpr std::array columns{"id",     "created_at",  "duration", "audio_path", "transcript",
+                             "title",  "destino_id",  "status",   "claimed_by", "claimed_at",
+                             "result", "resolved_at", "language"};
+
+Date orNow(std::optional<Date> date) { return date ? *date : now(); }
+
 SQLValue value(RecadoStatus status) { return SQLValue::text(std::string(rawValue(status))); }
 
 SQLValue value(Date date) { return SQLValue::real(secondsSince1970(date)); }
 
-/// The first row's column `n`, or 0.
-std::int64_t count(const std::vector<Row>& rows) {
-  return rows.empty() ? 0 : rows.front().intValue("n").value_or(0);
-}
-
 }  // namespace
 
-Recado TroviStore::recadoFrom(Row row) {
-  const auto text = [&](std::string_view column) {
-    return row.takeString(column).value_or(std::string());
-  };
-  const auto createdAt = row.dateValue("created_at");
-  const auto status = fromRawValue<RecadoStatus>(text("status"));
-  return {.id = text("id"),
-          .createdAt = createdAt ? *createdAt : now(),
-          .duration = row.doubleValue("duration").value_or(0),
-          .audioPath = row.takeString("audio_path"),
-          .transcript = text("transcript"),
-          .title = text("title"),
-          .destinoID = row.takeString("destino_id"),
-          .status = status.value_or(RecadoStatus::pendente),
-          .claimedBy = row.takeString("claimed_by"),
-          .claimedAt = row.dateValue("claimed_at"),
-          .result = row.takeString("result"),
-          .resolvedAt = row.dateValue("resolved_at"),
-          .language = row.takeString("language")};
+Recado TroviStore::recadoFrom(Row row) { return recadoFrom(row, placesOf(row)); }
+
+TroviStore::Places TroviStore::placesOf(const Row& row) {
+  Places places{};
+  for (std::size_t i = 0; i < places.size(); ++i) places[i] = row.place(columns[i]);
+  return places;
+}
+
+Recado TroviStore::recadoFrom(Row& row, const Places& places) {
+  auto place = places.begin();
+  const auto optionalText = [&] { return row.takeAt(*place++); };
+  const auto text = [&] { return optionalText().value_or(std::string()); };
+  const auto date = [&] { return row.dateAt(*place++); };
+  return {.id = text(),
+          .createdAt = orNow(date()),
+          .duration = row.doubleAt(*place++).value_or(0),
+          .audioPath = optionalText(),
+          .transcript = text(),
+          .title = text(),
+          .destinoID = optionalText(),
+          .status = fromRawValue<RecadoStatus>(text()).value_or(RecadoStatus::pendente),
+          .claimedBy = optionalText(),
+          .claimedAt = date(),
+          .result = optionalText(),
+          .resolvedAt = date(),
+          .language = optionalText()};
 }
 
 std::optional<Recado> TroviStore::recado(const std::string& id) {
@@ -92,7 +101,11 @@ std::vector<Recado> TroviStore::recados(const RecadoFilter& filter) {
   auto rows = db_.query("SELECT * FROM recado " + conditions + " ORDER BY created_at DESC LIMIT ?",
                         parameters);
   recados.reserve(rows.size());
-  for (Row& row : rows) recados.push_back(recadoFrom(std::move(row)));
+  Places places{};
+  for (Row& row : rows) {
+    if (recados.empty()) places = placesOf(row);
+    recados.push_back(recadoFrom(row, places));
+  }
   return recados;
 }
 
@@ -108,8 +121,9 @@ std::unordered_map<RecadoStatus, std::int64_t> TroviStore::counts() {
 std::int64_t TroviStore::countThisMonth() {
   const auto current = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   const auto start = static_cast<double>(platform::startOfMonth(current));
-  return count(
-      db_.query("SELECT COUNT(*) AS n FROM recado WHERE created_at >= ?", {SQLValue::real(start)}));
+  const auto rows =
+      db_.query("SELECT COUNT(*) AS n FROM recado WHERE created_at >= ?", {SQLValue::real(start)});
+  return rows.empty() ? 0 : rows.front().intValue("n").value_or(0);
 }
 
 void TroviStore::insert(const Recado& recado) {

@@ -141,7 +141,7 @@ void TroviStore::migrate() {
 void TroviStore::migrateSync() {
   std::set<std::string> columns;
   for (Row& row : db_.query("PRAGMA table_info(recado)")) {
-    if (auto name = row.takeString("name")) columns.insert(*std::move(name));
+    if (auto name = row.stringValue("name")) columns.insert(*std::move(name));
   }
   if (!columns.contains("updated_at")) {
     addColumn(db_, "ALTER TABLE recado ADD COLUMN updated_at REAL;");

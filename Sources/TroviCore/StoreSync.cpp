@@ -41,7 +41,7 @@ std::vector<std::string> TroviStore::pendingDeletions(std::int64_t limit) {
   std::vector<std::string> ids;
   for (Row& row : db_.query("SELECT id FROM recado_apagado ORDER BY deleted_at LIMIT ?",
                             {SQLValue::integer(limit)})) {
-    if (auto id = row.takeString("id")) ids.push_back(*std::move(id));
+    if (auto id = row.stringValue("id")) ids.push_back(*std::move(id));
   }
   return ids;
 }
@@ -64,7 +64,7 @@ bool TroviStore::applyRemoteStatus(const RemoteStatus& remote) {
 
 std::optional<std::string> TroviStore::meta(const std::string& key) {
   auto rows = db_.query("SELECT value FROM meta WHERE key = ?", {SQLValue::text(key)});
-  return rows.empty() ? std::nullopt : rows.front().takeString("value");
+  return rows.empty() ? std::nullopt : rows.front().stringValue("value");
 }
 
 void TroviStore::setMeta(const std::string& key, const std::optional<std::string>& value) {

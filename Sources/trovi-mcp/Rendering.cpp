@@ -31,15 +31,8 @@ JSONValue destinoOf(const Recado& recado, const std::vector<Destino>& destinos) 
 }
 
 JSONObject toolResult(JSONValue text, bool isError) {
-  JSONObject item;
-  item.add("type", "text");
-  item.add("text", std::move(text));
-  JSONArray content;
-  content.push_back(std::move(item));
-  JSONObject result;
-  result.add("content", std::move(content));
-  result.add("isError", isError);
-  return result;
+  JSONArray content{JSONObject{{"type", "text"}, {"text", std::move(text)}}};
+  return {{"content", std::move(content)}, {"isError", isError}};
 }
 
 }  // namespace

@@ -19,12 +19,12 @@ constexpr int methodNotFound = -32601;
 constexpr int invalidParams = -32602;
 
 template <class Content>
-JSONObject message(const JSONValue& id, std::string_view key, Content&& content) {
+JSONObject message(const JSONValue& id, platform::JSONKey key, Content&& content) {
   JSONObject message;
   message.reserve(3);
   message.add("jsonrpc", "2.0");
   message.add("id", id);
-  message.add(key, std::forward<Content>(content));
+  message.add(std::move(key), std::forward<Content>(content));
   return message;
 }
 

@@ -62,10 +62,8 @@ JSONObject listResult(std::vector<Recado> recados, const Destinos& destinos) {
   JSONArray rendered;
   rendered.reserve(recados.size());
   for (Recado& recado : recados) rendered.emplace_back(json(std::move(recado), destinos));
-  JSONObject list;
-  list.add("total", static_cast<std::int64_t>(rendered.size()));
-  list.add("recados", std::move(rendered));
-  return textContent(std::move(list));
+  const auto total = static_cast<std::int64_t>(rendered.size());
+  return textContent(JSONObject{{"recados", std::move(rendered)}, {"total", total}});
 }
 
 JSONObject messageResult(std::optional<Recado> recado, const Destinos& destinos,
@@ -136,9 +134,7 @@ JSONObject search(const ToolCall& call, const Destinos& destinos) {
 JSONObject destinosList(const ToolCall& /*call*/, const Destinos& destinos) {
   JSONArray rendered;
   for (const Destino& destino : destinos) rendered.emplace_back(json(destino));
-  JSONObject list;
-  list.add("destinos", std::move(rendered));
-  return textContent(std::move(list));
+  return textContent(JSONObject{{"destinos", std::move(rendered)}});
 }
 
 struct Tool {

@@ -1,3 +1,5 @@
+#include <sqlite3.h>
+
 #include <cstdlib>
 #include <exception>
 #include <optional>
@@ -33,6 +35,7 @@ void serve(mcp::Server& server, std::string_view line, platform::TextBuffer& buf
 
 int main() {
   platform::keepFreedMemory();
+  sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // an account of its memory, kept behind a lock
   std::optional<platform::LineReader> lines;
   std::optional<mcp::Server> server;
   try {

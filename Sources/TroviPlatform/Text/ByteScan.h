@@ -1,6 +1,7 @@
 // Sixteen bytes at a time: the loops that every byte of a transcript passes through.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -38,10 +39,8 @@ inline std::size_t bytesBefore(Marks marks) {
   return static_cast<std::size_t>(std::countr_zero(marks) / bitsPerByte);
 }
 
-/// What the bytes of a block are in UTF-8, as far as characters of two bytes go.
-struct Latin {
-  Marks nonASCII, leads, continuations;  ///< 80..FF, C2..DF, 80..BF
-};
+// Of a block: `specials` marks its special bytes; `isLatin` tells whether it is well-formed UTF-8
+// of one and two bytes a character, as far as it and the byte before it show.
 
 #if defined(__SSE2__)
 
@@ -59,12 +58,18 @@ inline Marks specials(const char* block) {
   return packed(_mm_or_si128(control, _mm_or_si128(quote, backslash)));
 }
 
-inline Latin latin(const char* block) {
-  const __m128i bytes = load(block);  // compared as signed: 80 is the smallest, FF is -1
-  const auto below = [&](int limit) {
+inline bool isLatin(const char* block) {
+  const auto below = [](__m128i bytes, int limit) {  // as signed: 80 is the smallest, FF is -1
     return _mm_cmplt_epi8(bytes, _mm_set1_epi8(static_cast<char>(limit)));
   };
-  return {packed(bytes), packed(_mm_andnot_si128(below(0xC2), below(0xE0))), packed(below(0xC0))};
+  const auto leads = [&](__m128i bytes) {
+    return _mm_andnot_si128(below(bytes, 0xC2), below(bytes, 0xE0));
+  };
+  const __m128i bytes = load(block);
+  const __m128i following = below(bytes, 0xC0);
+  const __m128i misplaced = _mm_xor_si128(following, leads(load(block - 1)));
+  const __m128i unknown = _mm_xor_si128(bytes, _mm_or_si128(following, leads(bytes)));
+  return packed(_mm_or_si128(misplaced, unknown)) == 0;
 }
 
 #elif defined(__ARM_NEON)
@@ -85,32 +90,33 @@ inline Marks specials(const char* block) {
   return packed(vorrq_u8(vcltq_u8(bytes, vdupq_n_u8(0x20)), quoting));
 }
 
-inline Latin latin(const char* block) {
-  const uint8x16_t bytes = load(block);
-  const auto within = [&](std::uint8_t low, std::uint8_t high) {
-    return packed(vandq_u8(vcgeq_u8(bytes, vdupq_n_u8(low)), vcleq_u8(bytes, vdupq_n_u8(high))));
+inline bool isLatin(const char* block) {
+  const auto within = [](uint8x16_t bytes, std::uint8_t low, std::uint8_t high) {
+    return vandq_u8(vcgeq_u8(bytes, vdupq_n_u8(low)), vcleq_u8(bytes, vdupq_n_u8(high)));
   };
-  return {within(0x80, 0xFF), within(0xC2, 0xDF), within(0x80, 0xBF)};
+  const uint8x16_t bytes = load(block);
+  const uint8x16_t following = within(bytes, 0x80, 0xBF);
+  const uint8x16_t misplaced = veorq_u8(following, within(load(block - 1), 0xC2, 0xDF));
+  const uint8x16_t unknown = vorrq_u8(within(bytes, 0xC0, 0xC1), within(bytes, 0xE0, 0xFF));
+  return packed(vorrq_u8(misplaced, unknown)) == 0;
 }
 
 #else
 
-template <class Predicate>
-Marks marked(const char* block, Predicate isMarked) {
+inline Marks specials(const char* block) {
   Marks marks = 0;
-  for (std::size_t i = 0; i < blockSize; ++i) marks |= Marks{isMarked(block[i])} << i;
+  for (std::size_t i = 0; i < blockSize; ++i) marks |= Marks{isSpecial(block[i])} << i;
   return marks;
 }
 
-inline Marks specials(const char* block) { return marked(block, isSpecial); }
-
-inline Latin latin(const char* block) {
-  const auto within = [&](unsigned char low, unsigned char high) {
-    return marked(block, [=](char c) {
-      return static_cast<unsigned char>(c) >= low && static_cast<unsigned char>(c) <= high;
-    });
-  };
-  return {within(0x80, 0xFF), within(0xC2, 0xDF), within(0x80, 0xBF)};
+inline bool isLatin(const char* block) {
+  const auto follows = [](char c) { return (c & 0xC0) == 0x80; };
+  const auto leads = [](char c) { return (c & 0xE0) == 0xC0 && (c & 0x1E) != 0; };
+  for (const char* at = block; at < block + blockSize; ++at) {
+    if (follows(*at) != leads(at[-1])) return false;
+    if ((*at & 0x80) != 0 && !follows(*at) && !leads(*at)) return false;
+  }
+  return true;
 }
 
 #endif
@@ -135,17 +141,13 @@ inline std::size_t plainPrefix(std::string_view text) {
 /// where the accents are.
 inline std::size_t latinPrefix(std::string_view text) {
   using namespace bytescan;
-  constexpr int lastByte = (static_cast<int>(blockSize) - 1) * bitsPerByte;
-  std::size_t i = 0;
-  Marks open = 0;  // marks the first byte where the block before ended with a lead
-  for (; i + blockSize <= text.size(); i += blockSize) {
-    const auto [nonASCII, leads, continuations] = latin(text.data() + i);
-    const Marks openAtEnd = leads >> lastByte;
-    const Marks expected = ((leads ^ (openAtEnd << lastByte)) << bitsPerByte) | open;
-    if (continuations != expected || nonASCII != (leads | continuations)) break;
-    open = openAtEnd;
-  }
-  return i - (open != 0 ? 1 : 0);
+  if (text.size() <= blockSize || static_cast<unsigned char>(text[0]) >= 0x80) return 0;
+  const char* const last = text.data() + text.size() - blockSize;
+  const char* at = text.data() + 1;
+  while (at <= last && isLatin(at)) at += blockSize;
+  if (at > last && isLatin(last)) at = last + blockSize;  // which overlaps the one before
+  const auto size = static_cast<std::size_t>(at - text.data());
+  return static_cast<unsigned char>(at[-1]) < 0xC0 ? size : size - 1;  // not half a character
 }
 
 }  // namespace trovi::platform

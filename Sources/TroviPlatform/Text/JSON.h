@@ -91,10 +91,32 @@ class JSONValue {
       content_;
 };
 
+/// A member's key: a literal of the program, which is not copied and must need no escape, or a
+/// text.
+class JSONKey {
+ public:
+  JSONKey() = default;
+  template <std::size_t size>
+  JSONKey(const char (&literal)[size]) : key_(std::string_view(literal, size - 1)) {}
+  JSONKey(std::string text) : key_(std::move(text)) {}
+
+  bool isLiteral() const { return std::holds_alternative<std::string_view>(key_); }
+  std::string_view view() const {
+    return isLiteral() ? std::get<std::string_view>(key_) : std::get<std::string>(key_);
+  }
+  /// Makes it an empty text, to be filled in.
+  std::string& emplace() { return key_.emplace<std::string>(); }
+
+  bool operator==(const JSONKey& other) const { return view() == other.view(); }
+
+ private:
+  std::variant<std::string_view, std::string> key_;
+};
+
 /// Members in the order in which they came, no key twice.
 class JSONObject {
  public:
-  using Member = std::pair<std::string, JSONValue>;
+  using Member = std::pair<JSONKey, JSONValue>;
 
   JSONObject() = default;
   /// Of members with the same key the last one counts.
@@ -106,8 +128,8 @@ class JSONObject {
 
   /// Adds a member whose key is not there yet.
   template <class Value>
-  void add(std::string_view key, Value&& value) {
-    members_.emplace_back(key, std::forward<Value>(value));
+  void add(JSONKey key, Value&& value) {
+    members_.emplace_back(std::move(key), std::forward<Value>(value));
   }
 
   // A member, or absent when it is missing or of another kind.

@@ -1,4 +1,7 @@
+#include <utf8proc.h>
+
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 #include "ByteScan.h"
@@ -11,25 +14,6 @@ bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isHighSurrogate(unsigned unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool isLowSurrogate(unsigned unit) { return unit >= 0xDC00 && unit < 0xE000; }
-
-void appendUTF8(std::string& out, unsigned scalar) {
-  const auto byte = [&](unsigned value) { out += static_cast<char>(value); };
-  if (scalar < 0x80) {
-    byte(scalar);
-  } else if (scalar < 0x800) {
-    byte(0xC0 | (scalar >> 6));
-    byte(0x80 | (scalar & 0x3F));
-  } else if (scalar < 0x10000) {
-    byte(0xE0 | (scalar >> 12));
-    byte(0x80 | ((scalar >> 6) & 0x3F));
-    byte(0x80 | (scalar & 0x3F));
-  } else {
-    byte(0xF0 | (scalar >> 18));
-    byte(0x80 | ((scalar >> 12) & 0x3F));
-    byte(0x80 | ((scalar >> 6) & 0x3F));
-    byte(0x80 | (scalar & 0x3F));
-  }
-}
 
 /// Recursive descent, one function a rule of the grammar. Each returns false at the first fault.
 class Reader {
@@ -106,7 +90,7 @@ class Reader {
     if (depth_ == 1) members.reserve(4);  // as many as a request has
     for (bool done = take('}'); !done;) {
       auto& [key, member] = members.emplace_back();
-      if (!string(key)) return false;
+      if (!string(key.emplace())) return false;
       skipSpace();
       if (!take(':')) return false;
       skipSpace();
@@ -168,7 +152,9 @@ class Reader {
       if (!takeWord("\\u") || !hexUnit(low) || !isLowSurrogate(low)) return false;
       scalar = 0x10000 + ((scalar - 0xD800) << 10) + (low - 0xDC00);
     }
-    appendUTF8(out, scalar);
+    std::array<utf8proc_uint8_t, 4> bytes{};
+    const auto size = utf8proc_encode_char(static_cast<utf8proc_int32_t>(scalar), bytes.data());
+    out.append(bytes.begin(), bytes.begin() + size);
     return true;
   }
 

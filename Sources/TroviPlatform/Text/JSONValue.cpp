@@ -8,15 +8,6 @@
 #include "JSON.h"
 
 namespace trovi::platform {
-namespace {
-
-template <class Container>
-bool sameContent(const Container* left, const Container* right) {
-  return left == right || (left != nullptr && right != nullptr && *left == *right);
-}
-
-}  // namespace
-
 std::optional<std::int64_t> JSONNumber::integer() const {
   const char* const end = literal.data() + literal.size();
   std::int64_t whole = 0;
@@ -95,12 +86,12 @@ JSONValue JSONValue::prettyText(JSONValue payload) {
 }
 
 bool operator==(const JSONValue& left, const JSONValue& right) {
-  if (left.content_.index() != right.content_.index()) return false;
-  if (left.array() != nullptr) return sameContent(left.array(), right.array());
-  if (left.object() != nullptr) return sameContent(left.object(), right.object());
-  if (left.written() != nullptr) return sameContent(left.written(), right.written());
-  if (left.payload() != nullptr) return sameContent(left.payload(), right.payload());
-  return left.content_ == right.content_;
+  const auto isSame = [&]<class Content>(const Content& content) {
+    const auto& other = *std::get_if<Content>(&right.content_);
+    if constexpr (requires { *content; }) return content == other || *content == *other;
+    return content == other;
+  };
+  return left.content_.index() == right.content_.index() && std::visit(isSame, left.content_);
 }
 
 JSONObject::JSONObject(std::vector<Member> members) : members_(std::move(members)) {
@@ -127,16 +118,18 @@ JSONObject::JSONObject(std::vector<Member> members) : members_(std::move(members
 }
 
 bool JSONObject::isSorted() const {
-  return std::is_sorted(members_.begin(), members_.end(),
-                        [](const Member& a, const Member& b) { return a.first < b.first; });
+  return std::is_sorted(members_.begin(), members_.end(), [](const Member& a, const Member& b) {
+    return a.first.view() < b.first.view();
+  });
 }
 
 std::vector<const JSONObject::Member*> JSONObject::sorted() const {
   std::vector<const Member*> order;
   order.reserve(members_.size());
   for (const Member& member : members_) order.push_back(&member);
-  std::stable_sort(order.begin(), order.end(),
-                   [](const Member* a, const Member* b) { return a->first < b->first; });
+  std::stable_sort(order.begin(), order.end(), [](const Member* a, const Member* b) {
+    return a->first.view() < b->first.view();
+  });
   return order;
 }
 
@@ -149,7 +142,7 @@ bool operator==(const JSONObject& left, const JSONObject& right) {
 
 const JSONValue* JSONObject::find(std::string_view key) const {
   for (const auto& [name, value] : members_) {
-    if (name == key) return &value;
+    if (name.view() == key) return &value;
   }
   return nullptr;
 }

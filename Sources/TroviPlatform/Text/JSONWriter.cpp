@@ -17,7 +17,7 @@ class Writer {
 
   void write(const JSONValue& value) {
     if (const auto* text = value.text()) {
-      write(*text);
+      write(std::string_view(*text));
     } else if (const auto* number = value.number()) {
       out_.append(number->literal);
     } else if (const auto* object = value.object()) {
@@ -25,7 +25,8 @@ class Writer {
     } else if (const auto* array = value.array()) {
       container('[', *array, ']', [this](const JSONValue& element) { write(element); });
     } else if (const auto* written = value.written()) {
-      writeJSON(*written);
+      layout == Layout::compact ? out_.append(*written)
+                                : out_.appendEscaped(*written, TextBuffer::Depth::once);
     } else if (const auto* payload = value.payload()) {
       writeText(*payload);
     } else if (const auto* boolean = value.boolean()) {
@@ -45,29 +46,15 @@ class Writer {
 
  private:
   void write(const JSONObject::Member& member) {
-    write(member.first);
+    write(member.first.view(), member.first.isLiteral());
     out_.append(layout == Layout::prettyText ? ": " : ":");
     write(member.second);
   }
 
-  void write(const std::string& text) {
-    if constexpr (layout == Layout::prettyText) {
-      out_.append("\\\"");
-      out_.appendEscaped(text, TextBuffer::Depth::twice);
-      out_.append("\\\"");
-    } else {
-      out_.append('"');
-      out_.appendEscaped(text, TextBuffer::Depth::once);
-      out_.append('"');
-    }
-  }
-
-  void writeJSON(const std::string& json) {
-    if constexpr (layout == Layout::prettyText) {
-      out_.appendEscaped(json, TextBuffer::Depth::once);
-    } else {
-      out_.append(json);
-    }
+  void write(std::string_view text, bool isPlain = false) {
+    out_.append(quote);
+    isPlain ? out_.append(text) : out_.appendEscaped(text, depth);
+    out_.append(quote);
   }
 
   void writeText(const JSONValue& payload) {
@@ -104,6 +91,10 @@ class Writer {
       out_.append(2 * level_, ' ');
     }
   }
+
+  static constexpr auto depth =
+      layout == Layout::compact ? TextBuffer::Depth::once : TextBuffer::Depth::twice;
+  static constexpr std::string_view quote = layout == Layout::compact ? "\"" : "\\\"";
 
   TextBuffer& out_;
   std::size_t level_ = 0;

@@ -84,20 +84,22 @@ class TROVI_EXPORT Row {
   /// The text in a column.
   std::optional<std::string> stringValue(std::string_view column) const;
   /// An integer counts as the nearest double.
-  std::optional<double> doubleValue(std::string_view column) const;
+  std::optional<double> doubleValue(std::string_view name) const { return doubleAt(place(name)); }
   /// A real is truncated toward zero, and absent when it is not finite or out of range.
   std::optional<std::int64_t> intValue(std::string_view column) const;
   /// An integer or real as seconds since 1970-01-01 00:00:00 UTC.
-  std::optional<Date> dateValue(std::string_view column) const;
+  std::optional<Date> dateValue(std::string_view column) const { return dateAt(place(column)); }
 
  private:
   friend class TroviStore;
 
-  /// As stringValue, but moves the text out and leaves an unspecified one in its place.
-  std::optional<std::string> takeString(std::string_view column);
-
-  /// One more than the index of the last column of this name, or 0.
-  std::size_t position(std::string_view column) const;
+  /// One more than the index of the last column of this name, or 0. It is the same in all rows of a
+  /// result.
+  std::size_t place(std::string_view column) const;
+  std::optional<double> doubleAt(std::size_t place) const;
+  std::optional<Date> dateAt(std::size_t place) const;
+  /// Moves the text out and leaves an unspecified one.
+  std::optional<std::string> takeAt(std::size_t place);
 
   std::shared_ptr<const Names> names_;
   std::vector<SQLValue> values_;

@@ -2,6 +2,8 @@
 /// The inbox.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -224,6 +226,10 @@ class TROVI_EXPORT TroviStore {
 
  private:
   TroviStore(const std::filesystem::path& path, Database::Draft draft);
+  using Places =
+      std::array<std::size_t, 13>;  ///< of a message's columns, the same in a whole result
+  static Places placesOf(const Row& row);
+  static Recado recadoFrom(Row& row, const Places& places);
   static const std::filesystem::path& made(const std::filesystem::path& path);
   void migrate();
   void migrateSync();
