@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -33,17 +32,6 @@ std::filesystem::path inboxFile(std::filesystem::path named) {
   if (!named.has_filename() || std::filesystem::is_directory(named)) named /= "trovi.sqlite";
   if (named.has_parent_path()) std::filesystem::create_directories(named.parent_path());
   return named;
-}
-
-/// A random UUID, as the identifiers in the file are.
-std::string newID() {
-  std::random_device random;
-  std::string id = "xxxxxxxx-xxxx-4xxx-yxxx-xxxxxxxxxxxx";
-  for (char& digit : id) {
-    if (digit == 'x') digit = "0123456789ABCDEF"[random() % 16];
-    if (digit == 'y') digit = "89AB"[random() % 4];
-  }
-  return id;
 }
 
 /// The message is in the file from the first moment, so that nothing is lost if transcribing fails.

@@ -166,9 +166,7 @@ Recado decode<Recado>(const KeyedDecoder& decoder) {
   return decodedFields<Recado>(decoder);
 }
 
-std::string toJSON(const Destino& destino) {
-  return toJSONText(destino, JSONDates::secondsSince1970);
-}
+std::string toJSON(const Destino& destino, JSONDates dates) { return toJSONText(destino, dates); }
 
 std::string toJSON(const Recado& recado, JSONDates dates) { return toJSONText(recado, dates); }
 

@@ -74,7 +74,10 @@ SQLValue SQLValue::from(std::optional<Date> value) {
 }
 
 Row::Row(std::shared_ptr<const Names> names, std::vector<SQLValue> values)
-    : names_(std::move(names)), values_(std::move(values)) {}
+    : names_(std::move(names)), values_(std::move(values)) {
+  const std::size_t named = names_ ? names_->size() : 0;
+  if (values_.size() > named) throw std::invalid_argument("a row with more values than names");
+}
 
 Row::Row(std::initializer_list<std::pair<std::string, SQLValue>> columns) {
   auto names = std::make_shared<Names>();

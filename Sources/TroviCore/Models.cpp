@@ -1,6 +1,7 @@
 #include "TroviCore/Models.h"
 
 #include "Fields.h"
+#include "UUID.h"
 
 namespace trovi {
 namespace {
@@ -50,6 +51,8 @@ std::size_t hashOf(const Record& record) {
 }
 
 }  // namespace
+
+std::string newID() { return platform::newUUID(); }
 
 std::string_view rawValue(RecadoStatus status) { return texts(status).rawValue; }
 

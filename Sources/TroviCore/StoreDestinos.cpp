@@ -1,5 +1,4 @@
 #include "TroviCore/Store.h"
-#include "UUID.h"
 #include "Unicode.h"
 
 namespace trovi {
@@ -12,9 +11,9 @@ ON CONFLICT(id) DO UPDATE SET name = excluded.name, instruction = excluded.instr
 
 }  // namespace
 
-Destino TroviStore::destinoFrom(const Row& row) {
+Destino TroviStore::destinoFrom(Row row) {
   auto id = row.stringValue("id");
-  return {.id = id ? *std::move(id) : platform::newUUID(),
+  return {.id = id ? *std::move(id) : newID(),
           .name = row.stringValue("name").value_or(""),
           .instruction = row.stringValue("instruction").value_or(""),
           .colorHex = row.stringValue("color").value_or("#FF6A1C"),
@@ -27,21 +26,21 @@ void TroviStore::saveDestino(const Destino& destino) {
                    SQLValue::integer(destino.sort)});
 }
 
-std::vector<Destino> TroviStore::destinos() {
-  const auto rows = db_.query("SELECT * FROM destino ORDER BY sort, name");
+std::vector<Destino> TroviStore::destinos() const {
+  auto rows = db_.query("SELECT * FROM destino ORDER BY sort, name");
   std::vector<Destino> destinos;
   destinos.reserve(rows.size());
-  for (const Row& row : rows) destinos.push_back(destinoFrom(row));
+  for (Row& row : rows) destinos.push_back(destinoFrom(std::move(row)));
   return destinos;
 }
 
-std::optional<Destino> TroviStore::destino(const std::optional<std::string>& id) {
+std::optional<Destino> TroviStore::destino(const std::optional<std::string>& id) const {
   if (!id) return {};
   const auto rows = db_.query("SELECT * FROM destino WHERE id = ?", {SQLValue::text(*id)});
   return rows.empty() ? std::nullopt : std::optional(destinoFrom(rows.front()));
 }
 
-std::optional<Destino> TroviStore::destinoNamed(const std::string& name) {
+std::optional<Destino> TroviStore::destinoNamed(const std::string& name) const {
   const std::string given = platform::repairedUTF8(name);
   const std::string wanted = platform::folded(platform::trimmedBlanks(given));
   for (Destino& destino : destinos()) {

@@ -71,12 +71,12 @@ Recado TroviStore::recadoFrom(Row& row, const Places& places) {
           .language = optionalText()};
 }
 
-std::optional<Recado> TroviStore::recado(const std::string& id) {
+std::optional<Recado> TroviStore::recado(const std::string& id) const {
   auto rows = db_.query("SELECT * FROM recado WHERE id = ?", {SQLValue::text(id)});
   return rows.empty() ? std::nullopt : std::optional(recadoFrom(std::move(rows.front())));
 }
 
-std::vector<Recado> TroviStore::recados(const RecadoFilter& filter) {
+std::vector<Recado> TroviStore::recados(const RecadoFilter& filter) const {
   std::string conditions;
   std::vector<SQLValue> parameters;
   const auto add = [&](const char* condition) {
@@ -109,7 +109,7 @@ std::vector<Recado> TroviStore::recados(const RecadoFilter& filter) {
   return recados;
 }
 
-std::unordered_map<RecadoStatus, std::int64_t> TroviStore::counts() {
+std::unordered_map<RecadoStatus, std::int64_t> TroviStore::counts() const {
   std::unordered_map<RecadoStatus, std::int64_t> counts;
   for (const Row& row : db_.query("SELECT status, COUNT(*) AS n FROM recado GROUP BY status")) {
     const auto status = fromRawValue<RecadoStatus>(row.stringValue("status").value_or(""));
@@ -118,7 +118,7 @@ std::unordered_map<RecadoStatus, std::int64_t> TroviStore::counts() {
   return counts;
 }
 
-std::int64_t TroviStore::countThisMonth() {
+std::int64_t TroviStore::countThisMonth() const {
   const auto current = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   const auto start = static_cast<double>(platform::startOfMonth(current));
   const auto rows =

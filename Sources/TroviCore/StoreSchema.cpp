@@ -5,7 +5,6 @@
 
 #include "PrivateFile.h"
 #include "TroviCore/Store.h"
-#include "UUID.h"
 
 namespace trovi {
 namespace {
@@ -114,7 +113,7 @@ const std::filesystem::path& TroviStore::made(const std::filesystem::path& path)
   using namespace std::filesystem;
   std::error_code unknown;
   if (symlink_status(path, unknown).type() != file_type::not_found) return path;
-  const TemporaryFile draft{path.native() + ".draft-" + platform::newUUID()};
+  const TemporaryFile draft{path.native() + ".draft-" + newID()};
   try {
     TroviStore(draft.path, Database::Draft());
     platform::linkDurably(draft.path, path);
@@ -129,7 +128,7 @@ void TroviStore::migrate() {
   if (!db_.query("SELECT value FROM meta WHERE key = 'seeded'").empty()) return;
   std::int64_t sort = 0;
   for (const Seed& seed : seeds) {
-    saveDestino({.id = platform::newUUID(),
+    saveDestino({.id = newID(),
                  .name = seed.name,
                  .instruction = seed.instruction,
                  .colorHex = seed.color,

@@ -11,7 +11,7 @@ WHERE id = ? AND status IN ('pendente', 'pego', 'resolvido') AND (updated_at IS 
 
 }  // namespace
 
-std::vector<TroviStore::PendingUpload> TroviStore::pendingUploads(std::int64_t limit) {
+std::vector<TroviStore::PendingUpload> TroviStore::pendingUploads(std::int64_t limit) const {
   auto rows = db_.query("SELECT * FROM recado WHERE dirty > 0 ORDER BY created_at LIMIT ?",
                         {SQLValue::integer(limit)});
   std::vector<PendingUpload> uploads;
@@ -37,7 +37,7 @@ void TroviStore::markAllForUpload() {
   db_.run("DELETE FROM recado_apagado");
 }
 
-std::vector<std::string> TroviStore::pendingDeletions(std::int64_t limit) {
+std::vector<std::string> TroviStore::pendingDeletions(std::int64_t limit) const {
   std::vector<std::string> ids;
   for (Row& row : db_.query("SELECT id FROM recado_apagado ORDER BY deleted_at LIMIT ?",
                             {SQLValue::integer(limit)})) {
@@ -62,7 +62,7 @@ bool TroviStore::applyRemoteStatus(const RemoteStatus& remote) {
   return changed > 0;
 }
 
-std::optional<std::string> TroviStore::meta(const std::string& key) {
+std::optional<std::string> TroviStore::meta(const std::string& key) const {
   auto rows = db_.query("SELECT value FROM meta WHERE key = ?", {SQLValue::text(key)});
   return rows.empty() ? std::nullopt : rows.front().stringValue("value");
 }

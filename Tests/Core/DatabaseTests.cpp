@@ -19,15 +19,19 @@ class Connection : public testing::Test {
 
 TEST(Row, ConvertsBetweenNumbersButNeverBetweenNumbersAndTexts) {
   const Row row{{"sort", SQLValue::integer(3)},
-                {"duration", SQLValue::from(std::optional(-2.9))},
+                {"duration", SQLValue::from(-2.9F)},
+                {"large integer", SQLValue::from(std::optional(std::int64_t{1} << 62 | 1))},
                 {"least", SQLValue::real(-0x1p63)},
                 {"large", SQLValue::real(0x1p63)},
                 {"none", SQLValue::real(NAN)},
                 {"created_at", SQLValue::text("17")},
-                {"result", SQLValue::from(std::optional<double>())}};
+                {"result", SQLValue::from(std::nullopt)}};
   EXPECT_EQ(row.dateValue("sort"), dateSince1970(3));
   EXPECT_FALSE(row.stringValue("sort"));
   EXPECT_EQ(row.intValue("duration"), -2);
+  EXPECT_EQ(row.intValue("large integer"), std::int64_t{1} << 62 | 1);
+  EXPECT_THROW(Row(std::make_shared<const Row::Names>(1), std::vector(2, SQLValue::null())),
+               std::invalid_argument);
   EXPECT_EQ(row.intValue("least"), std::numeric_limits<std::int64_t>::min());
   for (const char* column : {"large", "none", "created_at", "result", "missing"}) {
     EXPECT_FALSE(row.intValue(column)) << column;

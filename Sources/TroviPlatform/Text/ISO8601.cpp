@@ -1,7 +1,7 @@
 #include "ISO8601.h"
 
 #include <algorithm>
-#include <charconv>
+#include <array>
 #include <cmath>
 
 namespace trovi::platform {
@@ -28,6 +28,25 @@ void put(std::string& text, std::size_t at, std::size_t width, unsigned value) {
   }
 }
 
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// Takes numbers off the front of `text`, each as its form has it: a digit for every 0, and the
+/// rest as it stands. Absent when the text has another form.
+template <std::size_t count>
+std::optional<std::array<int, count>> fields(std::string_view& text,
+                                             const std::array<std::string_view, count>& forms) {
+  std::array<int, count> values{};
+  for (std::size_t i = 0; i < count; ++i) {
+    for (const char wanted : forms[i]) {
+      const char given = text.empty() ? '\0' : text[0];
+      if (wanted == '0' ? !isDigit(given) : given != wanted) return {};
+      if (wanted == '0') values[i] = 10 * values[i] + (given - '0');
+      text.remove_prefix(1);
+    }
+  }
+  return values;
+}
+
 }  // namespace
 
 std::string internetDateTime(Instant instant) {
@@ -46,23 +65,33 @@ std::string internetDateTime(Instant instant) {
 }
 
 std::optional<Instant> instantFrom(std::string_view text) {
-  constexpr std::string_view form = "0000-00-00T00:00:00Z";
-  const auto fits = [](char given, char wanted) {
-    return wanted == '0' ? given >= '0' && given <= '9' : given == wanted;
-  };
-  if (!std::equal(text.begin(), text.end(), form.begin(), form.end(), fits)) return {};
-  const auto field = [&](std::size_t at, std::size_t width) {
-    int value = 0;
-    std::from_chars(text.data() + at, text.data() + at + width, value);
-    return value;
-  };
-  const year_month_day date(year(field(0, 4)), month(static_cast<unsigned>(field(5, 2))),
-                            day(static_cast<unsigned>(field(8, 2))));
-  const int hour = field(11, 2);
-  const int minute = field(14, 2);
-  const int second = field(17, 2);
-  if (!date.ok() || hour > 23 || minute > 59 || second > 59) return {};
-  return sys_days(date) + hours(hour) + minutes(minute) + std::chrono::seconds(second);
+  const auto date = fields<3>(text, {"0000", "-00", "-00"});
+  const auto time = fields<3>(text, {"T00", ":00", ":00"});
+  if (!date || !time) return {};
+  const auto [hour, minute, second] = *time;
+  const year_month_day day = year((*date)[0]) / (*date)[1] / (*date)[2];
+  if (!day.ok() || hour > 23 || minute > 59 || second > 59) return {};
+
+  double fraction = 0;
+  if (text.starts_with('.')) {
+    text.remove_prefix(1);
+    double unit = 1;
+    for (; !text.empty() && isDigit(text[0]); text.remove_prefix(1)) {
+      unit /= 10;
+      fraction += unit * (text[0] - '0');
+    }
+    if (unit == 1) return {};
+  }
+  minutes offset{};
+  if (text != "Z") {
+    const bool isWest = text.starts_with('-');
+    const auto zone = fields<2>(text, {isWest ? "-00" : "+00", ":00"});
+    if (!zone || (*zone)[0] > 23 || (*zone)[1] > 59 || !text.empty()) return {};
+    offset = (isWest ? -1 : 1) * (hours((*zone)[0]) + minutes((*zone)[1]));
+  }
+  const sys_seconds whole =
+      sys_days(day) + hours(hour) + minutes(minute) + std::chrono::seconds(second) - offset;
+  return Instant(whole) + duration<double>(fraction);
 }
 
 }  // namespace trovi::platform

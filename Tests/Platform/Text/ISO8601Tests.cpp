@@ -24,14 +24,21 @@ TEST(ISO8601, WritesEveryDoubleAsAValidDate) {
   for (const auto& [seconds, text] : cases) EXPECT_EQ(internetDateTime(at(seconds)), text);
 }
 
-TEST(ISO8601, ReadsItsOwnFormAndNoOther) {
+TEST(ISO8601, ReadsItsOwnFormAndThatOfOthers) {
   for (const double seconds : {1750255402.0, -62167219200.0, 253402300799.0}) {
     EXPECT_EQ(instantFrom(internetDateTime(at(seconds))), at(seconds));
   }
+  for (const char* text : {"2025-06-18T14:03:22.25Z", "2025-06-18T14:03:22.2500+00:00",
+                           "2025-06-18T11:03:22.25-03:00", "2025-06-19T03:48:22.25+13:45"}) {
+    EXPECT_EQ(instantFrom(text), at(1750255402.25)) << text;
+  }
   for (const char* text :
-       {"", "2025-06-18T14:03:22", "2025-06-18t14:03:22Z", "2025-06-18T14:03:22ZZ",
-        "2025-02-29T00:00:00Z", "2025-06-18T24:00:00Z", "2025-06-18T14:60:00Z",
-        "2025-06-18T14:03:60Z", "2025-06-18T14:03:2 Z", "+025-06-18T14:03:22Z"}) {
+       {"", "2025-06-18T14:03:22.Z", "2025-06-18T14:03:22,5Z", "2025-06-18T14:03:22-0300",
+        "2025-06-18T14:03:22-03", "2025-06-18T14:03:22+24:00", "2025-06-18T14:03:22+00:60",
+        "2025-06-18T14:03:22+00:00Z", "2025-06-18T14:03:22", "2025-06-18t14:03:22Z",
+        "2025-06-18T14:03:22ZZ", "2025-02-29T00:00:00Z", "2025-06-18T24:00:00Z",
+        "2025-06-18T14:60:00Z", "2025-06-18T14:03:60Z", "2025-06-18T14:03:2 Z",
+        "+025-06-18T14:03:22Z"}) {
     EXPECT_FALSE(instantFrom(text)) << text;
   }
 }

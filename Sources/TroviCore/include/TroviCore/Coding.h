@@ -69,7 +69,9 @@ TROVI_EXPORT void encode(const Recado& recado, KeyedEncoder& encoder);
 /// required, and a status must be one of the five raw values. Other keys are ignored. Throws
 /// CodingError.
 template <class Record>
-Record decode(const KeyedDecoder& decoder);
+Record decode(const KeyedDecoder&) {
+  static_assert(isKnown<Record>, "decode is there for Destino and Recado");
+}
 template <>
 TROVI_EXPORT Destino decode<Destino>(const KeyedDecoder& decoder);
 template <>
@@ -79,20 +81,26 @@ TROVI_EXPORT Recado decode<Recado>(const KeyedDecoder& decoder);
 /// How a JSON document holds dates.
 enum class JSONDates {
   secondsSince1970,  ///< a number with fraction; nothing is lost
-  iso8601,           ///< "2025-06-18T14:03:22Z": whole seconds, years 0000 to 9999
+  /// "2025-06-18T14:03:22Z": whole seconds, years 0000 to 9999. When it is read, the second may
+  /// have a fraction and an offset may stand in place of the Z: "2025-06-18T11:03:22.25-03:00".
+  iso8601,
 };
 
 /// @{
 /// The record as one JSON object without white space. Throws CodingError for a number or date that
 /// is not finite.
-TROVI_EXPORT std::string toJSON(const Destino& destino);
-TROVI_EXPORT std::string toJSON(const Recado& recado, JSONDates dates);
+TROVI_EXPORT std::string toJSON(const Destino& destino,
+                                JSONDates dates = JSONDates::secondsSince1970);
+TROVI_EXPORT std::string toJSON(const Recado& recado,
+                                JSONDates dates = JSONDates::secondsSince1970);
 /// @}
 
 /// @{
 /// The record, Destino or Recado, in one JSON object; `text` may be any bytes. Throws CodingError.
 template <class Record>
-Record fromJSON(std::string_view text, JSONDates dates = JSONDates::secondsSince1970);
+Record fromJSON(std::string_view, JSONDates = JSONDates::secondsSince1970) {
+  static_assert(isKnown<Record>, "fromJSON is there for Destino and Recado");
+}
 template <>
 TROVI_EXPORT Destino fromJSON<Destino>(std::string_view text, JSONDates dates);
 template <>

@@ -2,6 +2,7 @@
 /// SQLite in four types: a value, a row, an error and a connection.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
@@ -32,10 +33,20 @@ class TROVI_EXPORT SQLValue {
   /// @}
 
   /// @{
-  /// The value, or null when it is absent. A date is stored as `real` seconds since 1970.
+  /// The value, or null when it is absent: an integer as `integer`, a date as `real` seconds since
+  /// 1970.
   static SQLValue from(std::optional<std::string> value);
   static SQLValue from(std::optional<double> value);
   static SQLValue from(std::optional<Date> value);
+  static SQLValue from(std::nullopt_t) { return null(); }
+  static SQLValue from(std::floating_point auto value) { return real(value); }
+  static SQLValue from(std::integral auto value) {
+    return integer(static_cast<std::int64_t>(value));
+  }
+  template <std::integral Integer>
+  static SQLValue from(std::optional<Integer> value) {
+    return value ? from(*value) : null();
+  }
   /// @}
 
   /// @{
@@ -73,7 +84,8 @@ class TROVI_EXPORT Row {
  public:
   using Names = std::vector<std::string>;  ///< of the columns, in their order
 
-  /// A row of as many `values` as there are `names`.
+  /// A row of `values`, each with the name at its place. Throws std::invalid_argument when there
+  /// are more values than names.
   Row(std::shared_ptr<const Names> names, std::vector<SQLValue> values);
   /// A row of its own, for those who make one by hand.
   Row(std::initializer_list<std::pair<std::string, SQLValue>> columns);

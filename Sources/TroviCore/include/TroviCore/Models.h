@@ -1,5 +1,6 @@
 /// @file
 /// The records of the inbox: plain values, copied freely, compared and hashed by all their fields.
+/// Fields without a default are required.
 #pragma once
 
 #include <array>
@@ -32,9 +33,17 @@ TROVI_EXPORT std::string_view rawValue(RecadoStatus status);
 /// The status as the user reads it, in Portuguese: "Pego pela IA". Throws as rawValue does.
 TROVI_EXPORT std::string_view label(RecadoStatus status);
 
+/// @cond
+/// False, whatever the type: for a sentence that the compiler says.
+template <class Type>
+inline constexpr bool isKnown = false;
+/// @endcond
+
 /// All cases of an enumeration in the order of their declaration.
 template <class Enumeration>
-constexpr auto allCases();
+constexpr auto allCases() {
+  static_assert(isKnown<Enumeration>, "allCases is there for RecadoStatus");
+}
 
 /// transcrevendo, pendente, pego, resolvido, falhou.
 template <>
@@ -47,11 +56,16 @@ constexpr auto allCases<RecadoStatus>() {
 /// The case whose raw value is exactly `text`; absent for any other text, in other case or with
 /// blanks around it included.
 template <class Enumeration>
-std::optional<Enumeration> fromRawValue(std::string_view text);
+std::optional<Enumeration> fromRawValue(std::string_view) {
+  static_assert(isKnown<Enumeration>, "fromRawValue is there for RecadoStatus");
+}
 
 template <>
 TROVI_EXPORT std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
 /// @}
+
+/// A new identifier as those in the file are: a random UUID, 36 characters, upper case.
+TROVI_EXPORT std::string newID();
 
 /// A destination: a project under which messages are filed, with a standing instruction. Identified
 /// by `id`.
@@ -60,7 +74,7 @@ struct Destino {
   std::string name;         ///< as the user says it
   std::string instruction;  ///< what an assistant is to do with its messages; may be empty
   std::string colorHex;     ///< "#" and six hexadecimal digits; not validated
-  std::int64_t sort;        ///< position in lists, which go by `sort`, then by `name`
+  std::int64_t sort = 0;    ///< position in lists, which go by `sort`, then by `name`
 
   bool operator==(const Destino&) const = default;  ///< all fields are equal
 };
@@ -69,18 +83,18 @@ struct Destino {
 /// to its status; the operations of TroviStore do.
 struct Recado {
   std::string id;                          ///< stable, unique in the file
-  Date createdAt;                          ///< when it was recorded
-  double duration;                         ///< length of the recording, seconds
+  Date createdAt = now();                  ///< when it was recorded
+  double duration = 0;                     ///< length of the recording, seconds
   std::optional<std::string> audioPath{};  ///< the recording; removed together with the message
   std::string transcript;                  ///< the speech; may be empty
   std::string title;                       ///< short, derived from the transcript
   std::optional<std::string> destinoID{};  ///< `id` of its Destino; absent when unfiled
-  RecadoStatus status;                     ///< where it stands
-  std::optional<std::string> claimedBy{};  ///< who claimed or resolved it
-  std::optional<Date> claimedAt{};         ///< when it was claimed
-  std::optional<std::string> result{};     ///< what the assistant did
-  std::optional<Date> resolvedAt{};        ///< when it was resolved
-  std::optional<std::string> language{};   ///< language of the transcript
+  RecadoStatus status = RecadoStatus::pendente;  ///< where it stands
+  std::optional<std::string> claimedBy{};        ///< who claimed or resolved it
+  std::optional<Date> claimedAt{};               ///< when it was claimed
+  std::optional<std::string> result{};           ///< what the assistant did
+  std::optional<Date> resolvedAt{};              ///< when it was resolved
+  std::optional<std::string> language{};         ///< language of the transcript
 
   bool operator==(const Recado&) const = default;  ///< all fields are equal
 };

@@ -1,8 +1,9 @@
 /// @file
-/// The inbox.
+/// The inbox. In the structures that it takes, the fields without a default are required.
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -24,7 +25,7 @@ struct RecadoFilter {
   /// A text anywhere in the transcript, the title or the result. ASCII letters match in either
   /// case; "%" and "_" are wildcards. A text of blanks only is no condition.
   std::optional<std::string> search{};
-  std::int64_t limit;  ///< at most this many; negative: all
+  std::int64_t limit = -1;  ///< at most this many; negative: all
 };
 
 /// Who claims which message.
@@ -57,19 +58,19 @@ struct RecadoFiling {
 
 /// A message that the remote copy now holds as it was in `version`.
 struct UploadedVersion {
-  std::string id;        ///< of the message
-  std::int64_t version;  ///< as `TroviStore::pendingUploads` gave it
+  std::string id;            ///< of the message
+  std::int64_t version = 0;  ///< as `TroviStore::pendingUploads` gave it
 };
 
 /// The state of a message in the remote copy. An absent field clears the local one.
 struct RemoteStatus {
-  std::string id;                          ///< of the message
-  RecadoStatus status;                     ///< where it stands there
-  std::optional<std::string> claimedBy{};  ///< who claimed or resolved it
-  std::optional<Date> claimedAt{};         ///< when it was claimed
-  std::optional<std::string> result{};     ///< what was done
-  std::optional<Date> resolvedAt{};        ///< when it was resolved
-  double updatedAt;                        ///< when it came about, seconds since 1970
+  std::string id;                                ///< of the message
+  RecadoStatus status = RecadoStatus::pendente;  ///< where it stands there
+  std::optional<std::string> claimedBy{};        ///< who claimed or resolved it
+  std::optional<Date> claimedAt{};               ///< when it was claimed
+  std::optional<std::string> result{};           ///< what was done
+  std::optional<Date> resolvedAt{};              ///< when it was resolved
+  double updatedAt = 0;  ///< when it came about, seconds since 1970; 0 is never newer
 };
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
@@ -79,6 +80,9 @@ struct RemoteStatus {
 /// many as it says, and what succeeded before a failure stays. An id that names nothing is not an
 /// error, and no argument is validated. Triggers in the file keep the books of the synchroniser,
 /// whichever process makes a change.
+///
+/// An operation that is const only reads the file. What it reads may be another thing each time:
+/// other threads and programs change the file meanwhile.
 ///
 /// Safe from any thread; statements run one at a time (see Database). Another thread's or process's
 /// statement may come between the two of one operation.
@@ -103,16 +107,16 @@ class TROVI_EXPORT TroviStore {
   static Recado recadoFrom(Row row);
 
   /// The message with this id.
-  std::optional<Recado> recado(const std::string& id);
+  std::optional<Recado> recado(const std::string& id) const;
 
   /// The messages that meet all conditions, newest first.
-  std::vector<Recado> recados(const RecadoFilter& filter);
+  std::vector<Recado> recados(const RecadoFilter& filter) const;
 
   /// How many messages stand where; a status without messages is left out.
-  std::unordered_map<RecadoStatus, std::int64_t> counts();
+  std::unordered_map<RecadoStatus, std::int64_t> counts() const;
 
   /// How many messages were recorded since the current month began in the user's time zone.
-  std::int64_t countThisMonth();
+  std::int64_t countThisMonth() const;
 
   /// Adds a message. An id that is taken is an error and changes nothing.
   void insert(const Recado& recado);
@@ -152,20 +156,20 @@ class TROVI_EXPORT TroviStore {
 
   /// The record in a row of the table `destino`. What is missing or of the wrong kind takes a
   /// default: a new id, an empty text, "#FF6A1C" or 0.
-  static Destino destinoFrom(const Row& row);
+  static Destino destinoFrom(Row row);
 
   /// Adds a destination, or overwrites the one with its id.
   void saveDestino(const Destino& destino);
 
   /// All destinations by `sort`, then by the bytes of their `name`.
-  std::vector<Destino> destinos();
+  std::vector<Destino> destinos() const;
 
   /// The destination with this id; absent, without a look at the file, when there is no id.
-  std::optional<Destino> destino(const std::optional<std::string>& id);
+  std::optional<Destino> destino(const std::optional<std::string>& id) const;
 
   /// The first destination in list order that bears this name, whatever the case and the accents.
   /// Blanks around the given name do not count; those of a stored name do.
-  std::optional<Destino> destinoNamed(const std::string& name);
+  std::optional<Destino> destinoNamed(const std::string& name) const;
 
   /// Unfiles the destination's messages, then removes it.
   void deleteDestino(const std::string& id);
@@ -181,17 +185,24 @@ class TROVI_EXPORT TroviStore {
 
   /// A message with local changes.
   struct PendingUpload {
-    Recado recado;         ///< as stored
-    double updatedAt;      ///< last change of state, or else the recording; seconds since 1970
-    std::int64_t version;  ///< its counter of changes as read, for `markUploaded`
+    Recado recado;             ///< as stored
+    double updatedAt = 0;      ///< last change of state, or else the recording; seconds since 1970
+    std::int64_t version = 0;  ///< its counter of changes as read, for `markUploaded`
+
+    operator UploadedVersion() const { return {.id = recado.id, .version = version}; }
   };
 
   /// The messages with local changes, oldest recording first, at most `limit`; negative: all.
-  std::vector<PendingUpload> pendingUploads(std::int64_t limit);
+  std::vector<PendingUpload> pendingUploads(std::int64_t limit) const;
 
   /// Marks messages as uploaded, one by one. One that changed after its `version` was read stays
   /// marked and is offered again.
   void markUploaded(const std::vector<UploadedVersion>& uploaded);
+  /// The same for what `pendingUploads` returned, or a part of it.
+  template <std::same_as<PendingUpload> Upload>
+  void markUploaded(const std::vector<Upload>& uploads) {
+    markUploaded(std::vector<UploadedVersion>(uploads.begin(), uploads.end()));
+  }
 
   /// Offers every message for upload again, then forgets the deletions that are not uploaded: for
   /// a remote copy that starts afresh.
@@ -199,7 +210,7 @@ class TROVI_EXPORT TroviStore {
 
   /// The ids of deleted messages, oldest deletion first, at most `limit`; negative: all. A message
   /// that was inserted again under its id is not among them.
-  std::vector<std::string> pendingDeletions(std::int64_t limit);
+  std::vector<std::string> pendingDeletions(std::int64_t limit) const;
 
   /// Forgets deletions that are uploaded, one by one.
   void clearDeletions(const std::vector<std::string>& ids);
@@ -217,7 +228,7 @@ class TROVI_EXPORT TroviStore {
   /// @{
 
   /// The text under this key; absent when there is none.
-  std::optional<std::string> meta(const std::string& key);
+  std::optional<std::string> meta(const std::string& key) const;
 
   /// Stores a text under this key in place of an earlier one; without a text, removes the key.
   void setMeta(const std::string& key, const std::optional<std::string>& value);
@@ -234,7 +245,7 @@ class TROVI_EXPORT TroviStore {
   void migrate();
   void migrateSync();
 
-  Database db_;
+  mutable Database db_;  ///< used for reading only where the store is const
 };
 
 }  // namespace trovi
