@@ -1,14 +1,13 @@
-# What `cmake --install` puts down for programs that link the library: component TroviCore. The
-# package and the pkg-config file find their way from where they lie, so the folder may be moved.
+# What `cmake --install` puts down: the server, component trovi-mcp, and for programs that link the
+# library component TroviCore. Its package and pkg-config file find their way from where they lie,
+# so the folder may be moved.
 
+include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/TroviCore")
 set(package_files "${PROJECT_BINARY_DIR}/package")
 get_target_property(library_type TroviCore TYPE)
 
-# Before version 1 a change of the second number may break what was built against the first.
-set_target_properties(TroviCore PROPERTIES
-  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 install(TARGETS TroviCore EXPORT TroviCoreTargets COMPONENT TroviCore FILE_SET HEADERS
   COMPONENT TroviCore)
 install(EXPORT TroviCoreTargets NAMESPACE Trovi:: DESTINATION "${package_folder}"
@@ -37,9 +36,12 @@ install(FILES "${package_files}/TroviCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDI
   COMPONENT TroviCore)
 
 # The server finds a shared library of ours where it was installed with it.
-if(library_type STREQUAL "SHARED_LIBRARY")
-  file(RELATIVE_PATH libdir_from_bindir
-    "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
-  set_target_properties(trovi-mcp PROPERTIES INSTALL_RPATH
-    "$<IF:$<BOOL:${APPLE}>,@loader_path,$ORIGIN>/${libdir_from_bindir}")
+if(TROVI_BUILD_SERVER)
+  install(TARGETS trovi-mcp COMPONENT trovi-mcp)
+  if(library_type STREQUAL "SHARED_LIBRARY")
+    file(RELATIVE_PATH libdir_from_bindir
+      "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+    set_target_properties(trovi-mcp PROPERTIES INSTALL_RPATH
+      "$<IF:$<BOOL:${APPLE}>,@loader_path,$ORIGIN>/${libdir_from_bindir}")
+  endif()
 endif()

@@ -29,7 +29,7 @@ execute_process(COMMAND gzip -9nf changelog trovi-mcp.1 WORKING_DIRECTORY "${mad
   COMMAND_ERROR_IS_FATAL ANY)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS packaging/copyright)
 
-# What Sources/trovi-mcp and Install.cmake put into the two components, with what Debian wants.
+# What Install.cmake puts into the two components, with what Debian wants.
 set(doc "${CMAKE_INSTALL_DATAROOTDIR}/doc")
 install(FILES "${made}/trovi-mcp.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
   COMPONENT trovi-mcp)

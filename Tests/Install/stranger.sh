@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the library of a build tree, moves it elsewhere, and builds and runs a stranger's
-# program on it: by CMake and by pkg-config.
+# program on it: by CMake and by pkg-config. So too with the program in the library's README.
 # usage: stranger.sh BUILD-TREE WORK-FOLDER LIBDIR static|shared VERSION
 set -eux
 tree=$1 work=$2 libdir=$3 flavour=$4 version=$5
@@ -22,6 +22,10 @@ fi
 
 export PKG_CONFIG_PATH="$work/moved/$libdir/pkgconfig"
 [ "$(pkg-config --modversion TroviCore)" = "$version" ]
-"$CXX" -std=c++20 "$stranger/main.cpp" -o "$work/stranger" \
-  $(pkg-config --cflags --libs TroviCore) -Wl,-rpath,"$work/moved/$libdir"
-"$work/stranger" "$work/by-pkg-config"
+sed '1,/^```cpp$/d;/^```$/,$d' "$stranger/../../../Sources/TroviCore/README.md" >"$work/note.cpp"
+for program in "$stranger/main" "$work/note"; do
+  "$CXX" -std=c++20 "$program.cpp" -o "$work/$(basename "$program")" \
+    $(pkg-config --cflags --libs TroviCore) -Wl,-rpath,"$work/moved/$libdir"
+done
+"$work/main" "$work/by-pkg-config"
+[ "$("$work/note" "$work/by-pkg-config/trovi.sqlite" 7 'Lead the way. Now.')" = '7  Lead the way' ]
