@@ -53,7 +53,7 @@ bool travels(const Recado& recado) {
 std::string nameOf(const std::string& id) {
   std::ostringstream name;
   name << std::hex << std::setfill('0');
-  for (const unsigned char byte : id) name << std::setw(2) << unsigned{byte};
+  for (const char c : id) name << std::setw(2) << unsigned{static_cast<unsigned char>(c)};
   return name.str();
 }
 

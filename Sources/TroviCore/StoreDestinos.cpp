@@ -12,11 +12,12 @@ ON CONFLICT(id) DO UPDATE SET name = excluded.name, instruction = excluded.instr
 }  // namespace
 
 Destino TroviStore::destinoFrom(Row row) {
-  auto id = row.stringValue("id");
+  const auto text = [&](std::string_view column) { return row.takeAt(row.place(column)); };
+  auto id = text("id");
   return {.id = id ? *std::move(id) : newID(),
-          .name = row.stringValue("name").value_or(""),
-          .instruction = row.stringValue("instruction").value_or(""),
-          .colorHex = row.stringValue("color").value_or("#FF6A1C"),
+          .name = text("name").value_or(""),
+          .instruction = text("instruction").value_or(""),
+          .colorHex = text("color").value_or("#FF6A1C"),
           .sort = row.intValue("sort").value_or(0)};
 }
 

@@ -108,15 +108,19 @@ TroviStore::TroviStore(const std::filesystem::path& path, Database::Draft draft)
 
 /// Where nothing is at `path`, makes a whole inbox there: a file in write-ahead mode with all that
 /// belongs in it, which others see complete or not at all. Of several programs the first one wins.
-/// What fails here will fail again, and be told, when the file is opened.
+/// A log that is left of a deleted inbox would be mixed into the new one: only SQLite, which finds
+/// no inbox beside it, throws it away. What fails here is told when the file is opened.
 const std::filesystem::path& TroviStore::made(const std::filesystem::path& path) {
-  using namespace std::filesystem;
-  std::error_code unknown;
-  if (symlink_status(path, unknown).type() != file_type::not_found) return path;
-  const TemporaryFile draft{path.native() + ".draft-" + newID()};
+  const std::string place = path.c_str();
+  for (const char* part : {"", "-wal", "-journal"}) {
+    std::error_code unknown;
+    const auto status = std::filesystem::symlink_status(place + part, unknown);
+    if (status.type() != std::filesystem::file_type::not_found) return path;
+  }
+  const TemporaryFile draft{place + ".draft-" + newID()};
   try {
-    TroviStore(draft.path, Database::Draft());
-    platform::linkDurably(draft.path, path);
+    { const TroviStore whole(draft.path, Database::Draft()); }  // and closed again
+    platform::publish(draft.path, place);
   } catch (const DatabaseError&) {
   }
   return path;

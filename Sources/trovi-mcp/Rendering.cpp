@@ -31,7 +31,9 @@ JSONValue destinoOf(const Recado& recado, const std::vector<Destino>& destinos) 
 }
 
 JSONObject toolResult(JSONValue text, bool isError) {
-  JSONArray content{JSONObject{{"type", "text"}, {"text", std::move(text)}}};
+  JSONObject item{{"type", "text"}};
+  item.add("text", std::move(text));
+  JSONArray content{std::move(item)};
   return {{"content", std::move(content)}, {"isError", isError}};
 }
 

@@ -56,6 +56,15 @@ TEST(FirstStart, MakesAFileThatIsTheUsersAloneWhateverTheMaskAndLeavesTheModeOfA
   EXPECT_EQ(std::distance(Files(folder.path()), Files()), 4);  // and no draft
 }
 
+TEST_F(Schema, OfANewFileHoldsNothingOfTheLogOfADeletedOne) {
+  store.insert(tests::someRecado("1"));
+  const auto fresh = folder.path() / "fresh";
+  std::filesystem::copy(file.string() + "-wal", fresh.string() + "-wal");
+  TroviStore opened(fresh);
+  tests::expectSound(opened.db());
+  EXPECT_EQ(opened.recado("1"), std::nullopt);
+}
+
 TEST_F(Schema, OfACurrentFileIsLeftAlone) {
   store.insert(tests::someRecado("1"));
   other.execute("DELETE FROM destino WHERE sort > 0; UPDATE meta SET value = NULL");

@@ -27,9 +27,9 @@ class Synchroniser : public tests::Inbox {
     if (life > 0) command += "& sleep " + std::to_string(life) + "; kill -9 $!; wait $!";
     const std::string out = folder.path() / "said";
     const bool done = std::system(("{ " + command + "; } >" + out + " 2>&1").c_str()) == 0;
+    if (!done) return {};
     std::ifstream said(out);
-    return done ? std::optional(std::string(std::istreambuf_iterator<char>(said), {}))
-                : std::nullopt;
+    return std::string(std::istreambuf_iterator<char>(said), {});
   }
 
   /// Two runs on each inbox must leave nothing to do, and both the same, down to the time of each

@@ -20,7 +20,7 @@ void createPrivateFile(const std::filesystem::path& file) {
   ::close(descriptor);
 }
 
-bool linkDurably(const std::filesystem::path& file, const std::filesystem::path& name) {
+bool publish(const std::filesystem::path& file, const std::filesystem::path& name) {
   const int descriptor = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) return false;
   const bool isOnDisk = ::fsync(descriptor) == 0;

@@ -8,8 +8,8 @@ namespace trovi::platform {
 /// nothing where the name is taken or no file can be made: that shows when the file is opened.
 void createPrivateFile(const std::filesystem::path& file);
 
-/// Waits until `file` is on the disk and gives it a second name. False when that is taken or
+/// Gives `file` a second name once its content is on the disk. False when the name is taken or
 /// anything fails: it has no second name then.
-bool linkDurably(const std::filesystem::path& file, const std::filesystem::path& name);
+bool publish(const std::filesystem::path& file, const std::filesystem::path& name);
 
 }  // namespace trovi::platform

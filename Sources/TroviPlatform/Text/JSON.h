@@ -98,19 +98,24 @@ class JSONKey {
   JSONKey() = default;
   template <std::size_t size>
   JSONKey(const char (&literal)[size]) : key_(std::string_view(literal, size - 1)) {}
-  JSONKey(std::string text) : key_(std::move(text)) {}
+  template <std::size_t size>
+  JSONKey(char (&buffer)[size]) = delete;
+  JSONKey(std::string text) : key_(Text{std::move(text)}) {}
 
   bool isLiteral() const { return std::holds_alternative<std::string_view>(key_); }
   std::string_view view() const {
-    return isLiteral() ? std::get<std::string_view>(key_) : std::get<std::string>(key_);
+    return isLiteral() ? std::get<std::string_view>(key_) : std::get<Text>(key_).value;
   }
   /// Makes it an empty text, to be filled in.
-  std::string& emplace() { return key_.emplace<std::string>(); }
+  std::string& emplace() { return key_.emplace<Text>().value; }
 
   bool operator==(const JSONKey& other) const { return view() == other.view(); }
 
  private:
-  std::variant<std::string_view, std::string> key_;
+  struct Text {  // no bare string: see SQLValue
+    std::string value;
+  };
+  std::variant<std::string_view, Text> key_;
 };
 
 /// Members in the order in which they came, no key twice.

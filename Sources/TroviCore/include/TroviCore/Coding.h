@@ -69,7 +69,7 @@ TROVI_EXPORT void encode(const Recado& recado, KeyedEncoder& encoder);
 /// required, and a status must be one of the five raw values. Other keys are ignored. Throws
 /// CodingError.
 template <class Record>
-Record decode(const KeyedDecoder&) {
+Record decode(const KeyedDecoder& /*decoder*/) {
   static_assert(isKnown<Record>, "decode is there for Destino and Recado");
 }
 template <>
@@ -98,7 +98,7 @@ TROVI_EXPORT std::string toJSON(const Recado& recado,
 /// @{
 /// The record, Destino or Recado, in one JSON object; `text` may be any bytes. Throws CodingError.
 template <class Record>
-Record fromJSON(std::string_view, JSONDates = JSONDates::secondsSince1970) {
+Record fromJSON(std::string_view /*text*/, JSONDates /*dates*/ = JSONDates::secondsSince1970) {
   static_assert(isKnown<Record>, "fromJSON is there for Destino and Recado");
 }
 template <>

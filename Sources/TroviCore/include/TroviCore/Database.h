@@ -38,7 +38,7 @@ class TROVI_EXPORT SQLValue {
   static SQLValue from(std::optional<std::string> value);
   static SQLValue from(std::optional<double> value);
   static SQLValue from(std::optional<Date> value);
-  static SQLValue from(std::nullopt_t) { return null(); }
+  static SQLValue from(std::nullopt_t /*absent*/) { return null(); }
   static SQLValue from(std::floating_point auto value) { return real(value); }
   static SQLValue from(std::integral auto value) {
     return integer(static_cast<std::int64_t>(value));
@@ -69,10 +69,10 @@ class TROVI_EXPORT SQLValue {
   struct Text {
     std::string value;
   };
-  using Content = std::variant<Text, double, std::int64_t, std::monostate>;
+  template <class Content>
   explicit SQLValue(Content content) : content_(std::move(content)) {}
 
-  Content content_;
+  std::variant<Text, double, std::int64_t, std::monostate> content_;
 };
 
 /// One row of a result: a dictionary from column name to value, a plain value. Of columns with the

@@ -56,7 +56,7 @@ constexpr auto allCases<RecadoStatus>() {
 /// The case whose raw value is exactly `text`; absent for any other text, in other case or with
 /// blanks around it included.
 template <class Enumeration>
-std::optional<Enumeration> fromRawValue(std::string_view) {
+std::optional<Enumeration> fromRawValue(std::string_view /*text*/) {
   static_assert(isKnown<Enumeration>, "fromRawValue is there for RecadoStatus");
 }
 

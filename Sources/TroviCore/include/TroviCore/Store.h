@@ -93,8 +93,9 @@ class TROVI_EXPORT TroviStore {
   /// once in the life of a file. The folder must exist. Throws DatabaseError; what was brought
   /// about until then stays, and the next opening goes on from there.
   ///
-  /// A missing file is made under another name, "….draft-" and a UUID, and appears whole. A program
-  /// that is killed meanwhile may leave a draft behind, which nobody reads: it can be deleted.
+  /// A missing file is made under another name, "….draft-" and a UUID, and appears whole, if the
+  /// file system has hard links. A program that is killed meanwhile may leave a draft behind, which
+  /// nobody reads: it can be deleted.
   explicit TroviStore(const std::filesystem::path& path);
 
   Database& db() { return db_; }  ///< the store's connection, which lives as long as the store
