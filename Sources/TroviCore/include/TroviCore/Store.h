@@ -70,7 +70,7 @@ struct RemoteStatus {
   std::optional<Date> claimedAt{};               ///< when it was claimed
   std::optional<std::string> result{};           ///< what was done
   std::optional<Date> resolvedAt{};              ///< when it was resolved
-  double updatedAt = 0;  ///< when it came about, seconds since 1970; 0 is never newer
+  double updatedAt = 0;                          ///< when it came about, seconds since 1970
 };
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
@@ -190,6 +190,7 @@ class TROVI_EXPORT TroviStore {
     double updatedAt = 0;      ///< last change of state, or else the recording; seconds since 1970
     std::int64_t version = 0;  ///< its counter of changes as read, for `markUploaded`
 
+    /// What `markUploaded` needs of it.
     operator UploadedVersion() const { return {.id = recado.id, .version = version}; }
   };
 
@@ -238,15 +239,15 @@ class TROVI_EXPORT TroviStore {
 
  private:
   TroviStore(const std::filesystem::path& path, Database::Draft draft);
-  using Places =
-      std::array<std::size_t, 13>;  ///< of a message's columns, the same in a whole result
+  /// Where the rows of one result have a message's columns.
+  using Places = std::array<std::size_t, 13>;
   static Places placesOf(const Row& row);
   static Recado recadoFrom(Row& row, const Places& places);
   static const std::filesystem::path& made(const std::filesystem::path& path);
   void migrate();
   void migrateSync();
 
-  mutable Database db_;  ///< used for reading only where the store is const
+  mutable Database db_;  // where the store is const, for reading only
 };
 
 }  // namespace trovi
