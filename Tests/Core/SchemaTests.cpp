@@ -14,10 +14,14 @@ TEST_F(Schema, OfANewFileHasEveryTableIndexAndTriggerAndThreeDestinations) {
   EXPECT_EQ(each("name", "sqlite_schema WHERE name NOT LIKE 'sqlite%' ORDER BY type, name"),
             "recado_status_idx;destino;meta;recado;recado_apagado;recado_sync_content;"
             "recado_sync_delete;recado_sync_insert;recado_sync_status;");
-  EXPECT_EQ(each("name || ' ' || type", "pragma_table_info('recado')"),
-            "id TEXT;created_at REAL;duration REAL;audio_path TEXT;transcript TEXT;title TEXT;"
-            "destino_id TEXT;status TEXT;claimed_by TEXT;claimed_at REAL;result TEXT;"
-            "resolved_at REAL;language TEXT;updated_at REAL;dirty INTEGER;");
+  const char* column = "name || ' ' || type || IFNULL(' ' || dflt_value, '')";
+  EXPECT_EQ(each(column, "pragma_table_info('recado')"),
+            "id TEXT;created_at REAL;duration REAL 0;audio_path TEXT;transcript TEXT '';"
+            "title TEXT '';destino_id TEXT;status TEXT;claimed_by TEXT;claimed_at REAL;result TEXT;"
+            "resolved_at REAL;language TEXT;updated_at REAL;dirty INTEGER 1;");
+  EXPECT_EQ(each(column, "pragma_table_info('destino')"),
+            "id TEXT;name TEXT;instruction TEXT '';color TEXT '#FF6A1C';sort INTEGER 0;");
+  EXPECT_EQ(each("name", "pragma_index_info('recado_status_idx')"), "status;created_at;");
   EXPECT_EQ(each("name || sort || color || instruction", "destino"),
             "Ideias soltas0#F5788BOrganize a ideia em tópicos claros, aponte o que está em aberto "
             "e sugira os próximos passos.;"
