@@ -7,5 +7,5 @@ skip() {
 
 # fresh PACKAGE SERVER: one that is older than the server is of another build.
 fresh() {
-  [ "$1" -nt "$2" ] || skip "there is no fresh ${1##*/}, which cpack makes"
+  [ "$1" -nt "$2" ] || skip "there is no fresh ${1##*/}, which Scripts/package makes"
 }
