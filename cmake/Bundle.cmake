@@ -1,5 +1,5 @@
-# Run by cpack after each kind of package. The bundle is zipped once more by the names of its files
-# alone: unpackers of bundles stumble over the entry of a folder.
+# Run by cpack after it has made each kind of package. The bundle is zipped again without entries for
+# folders: programs that unpack bundles fail on those.
 if(CPACK_GENERATOR STREQUAL "ZIP")
   set(folder "${CPACK_TEMPORARY_DIRECTORY}/bundle")
   file(GLOB_RECURSE files RELATIVE "${folder}" "${folder}/*")

@@ -1,8 +1,8 @@
 # How the libraries that we call are linked.
 #
-# A release executable carries them inside: it starts in about half the time, and one file runs on
-# any recent distribution. Another project's program may link them already: there it is for that
-# project to say.
+# An executable of a release contains them: it starts in about half the time, and one file runs on any
+# recent distribution. Within another project, whose program may link them already, that project
+# decides.
 
 if(PROJECT_IS_TOP_LEVEL AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT BUILD_SHARED_LIBS)
   set(static_by_default ON)
@@ -14,3 +14,10 @@ option(TROVI_STATIC_DEPENDENCIES "Link SQLite, utf8proc, libuuid and the C++ run
 
 find_package(Threads REQUIRED)
 find_package(TroviLibraries REQUIRED)
+
+# For the executables that packages contain.
+add_library(trovi_runtime INTERFACE)
+if(TROVI_STATIC_DEPENDENCIES AND NOT APPLE)
+  # Without unused sections they are smaller and run with an older C library: 2.35.
+  target_link_options(trovi_runtime INTERFACE -static-libstdc++ -static-libgcc -Wl,--gc-sections)
+endif()

@@ -1,4 +1,7 @@
-# Read by cpack before each kind of package: what goes into it.
+# Read by cpack before it makes each kind of package: what goes into it.
+if(CPACK_TROVI_REFUSAL)
+  message(FATAL_ERROR "${CPACK_TROVI_REFUSAL}")
+endif()
 set(CPACK_COMPONENTS_GROUPING ALL_COMPONENTS_IN_ONE)
 if(CPACK_GENERATOR STREQUAL "DEB")
   set(CPACK_COMPONENTS_GROUPING IGNORE)
@@ -8,6 +11,6 @@ elseif(CPACK_GENERATOR STREQUAL "TGZ")
   set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)
 elseif(CPACK_GENERATOR STREQUAL "ZIP")
   set(CPACK_COMPONENTS_ALL bundle)
-  set(CPACK_PACKAGE_FILE_NAME "trovi-${CPACK_PACKAGE_VERSION}")
+  set(CPACK_PACKAGE_FILE_NAME "${CPACK_TROVI_BUNDLE_NAME}")
   set(CPACK_ARCHIVE_FILE_EXTENSION .mcpb)
 endif()

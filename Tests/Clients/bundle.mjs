@@ -16,6 +16,9 @@ test('the bundle is valid, and what it says of the server the server says too', 
   const manifest = JSON.parse(readFileSync(join(unpacked, 'manifest.json')));
   assert.equal(manifest.version, version);
   assert.deepEqual(manifest.compatibility.platforms, [process.platform]);
+  const { localization: { resources } } = manifest;
+  const english = JSON.parse(readFileSync(join(unpacked, resources.replace('${locale}', 'en-US'))));
+  assert.deepEqual(english.tools.map(({ name }) => name), manifest.tools.map(({ name }) => name));
   const icon = readFileSync(join(unpacked, manifest.icon));
   assert.deepEqual([icon.readUInt32BE(16), icon.readUInt32BE(20)], [512, 512]);
 

@@ -1,12 +1,21 @@
 #!/bin/sh
-# The archive may be unpacked anywhere, tells who reads what it is, and needs the C library alone.
+# The archive may be unpacked anywhere, its executables need the C library alone, and its documents
+# agree with it.
 . "$(dirname "$0")/support.sh"
 archive=$(package "$packages"/trovi-mcp-"$version"-*.tar.gz)
 
 tar -C "$work" --strip-components=1 -xzf "$archive"
 answers "$work/bin/trovi-mcp"
-[ -s "$work/share/doc/trovi-mcp/README.md" ]
-if objdump -p "$work/bin/trovi-mcp" | grep NEEDED | grep -vE ' (libc|libm|ld-linux.*)\.so\.[0-9]$'
-then exit 1; fi
-grep -q "^## $version\b" "$work/share/doc/trovi-mcp/CHANGELOG.md"
+recorder=$work/libexec/trovi-mcp/recorder
+[ "$("$recorder" "$work/notes/" file 'Pra roadmap: um mapa.' | sed -n 's/^destino: *//p')" = Roadmap ]
+for executable in "$work/bin/trovi-mcp" "$recorder"; do
+  if objdump -p "$executable" | grep NEEDED | grep -vE ' (libc|libm|ld-linux.*)\.so\.[0-9]$'
+  then exit 1; fi
+done
+cd "$work/share/doc/trovi-mcp"
+for page in README.md LEIAME.md; do
+  grep -q '"/PATH/TO/.*/bin/trovi-mcp"' $page
+  for link in $(sed -n 's/.*](\([^)#:]*\)).*/\1/p' $page); do [ -e "$link" ]; done
+done
+grep -q "^## $version\b" CHANGELOG.md
 gzip -dc "$work/share/man/man1/trovi-mcp.1.gz" | grep -qF "Trovi $version"
