@@ -42,9 +42,9 @@ def table(costs):
 
 # One line a call, in the colour of its kind.
 KINDS = {"search": "search", "claim": "write", "inbox": "read", "recado": "read", "destinos": "read"}
-WIDTH, HEIGHT = 800, 472
-LEFT, RIGHT, TOP, BOTTOM = 72, 590, 48, 416  # of the field inside the axes
-LABELS = 20  # from one to the next, at least
+WIDTH, HEIGHT = 500, 436  # narrow, so that the texts can be read on a phone
+LEFT, RIGHT, TOP, BOTTOM = 70, 292, 44, 372  # of the field inside the axes
+LABELS = 22  # from one to the next, at least
 
 
 def spread(wanted, gap):
@@ -84,13 +84,13 @@ def plot(costs):
     parts = []
     for power in range(lowest, highest + 1):
         parts += [f'<path class="grid" d="M{LEFT} {y(10**power):.1f}H{RIGHT}"/>',
-                  f'<text class="small" x="{LEFT - 8}" y="{y(10**power) + 4:.1f}" text-anchor="end">'
+                  f'<text class="small" x="{LEFT - 8}" y="{y(10**power) + 5:.1f}" text-anchor="end">'
                   f"{duration(10**power)}</text>"]
     for size in sizes:
         parts += [f'<path class="grid" d="M{x(size):.1f} {TOP}V{BOTTOM}"/>',
-                  f'<text class="small" x="{x(size):.1f}" y="{BOTTOM + 22}" text-anchor="middle">'
+                  f'<text class="small" x="{x(size):.1f}" y="{BOTTOM + 26}" text-anchor="middle">'
                   f"{size:,}</text>"]
-    parts += [f'<text class="small" x="{(LEFT + RIGHT) / 2}" y="{BOTTOM + 42}" text-anchor="middle">'
+    parts += [f'<text class="small" x="{(LEFT + RIGHT) / 2}" y="{BOTTOM + 50}" text-anchor="middle">'
               "messages in the inbox</text>",
               f'<text class="small" x="{LEFT}" y="{TOP - 18}">time until the reply</text>']
 
@@ -102,25 +102,26 @@ def plot(costs):
         parts += [f'<g class="{kind}"><polyline class="line" points="{points}"/>']
         parts += [f'<circle cx="{x(size):.1f}" cy="{y(cost):.1f}" r="3"/>'
                   for size, cost in by_size.items()]
-        parts += [f'<path class="lead" d="M{RIGHT + 5} {end:.1f}L{RIGHT + 22} {label:.1f}"/>',
-                  f'<text x="{RIGHT + 27}" y="{label + 5:.1f}">{escape(operation)}</text></g>']
+        parts += [f'<path class="lead" d="M{RIGHT + 5} {end:.1f}L{RIGHT + 16} {label:.1f}"/>',
+                  f'<text x="{RIGHT + 20}" y="{label + 5:.1f}">{escape(operation)}</text></g>']
     return FRAME.format(width=WIDTH, height=HEIGHT, parts="\n  ".join(parts))
 
 
-FRAME = """<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" role="img" \
-aria-labelledby="title" font-family="system-ui, sans-serif" font-size="14">
+FRAME = """<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" \
+viewBox="0 0 {width} {height}" role="img" aria-labelledby="title" \
+font-family="system-ui, sans-serif" font-size="15.5">
   <title id="title">The time until the reply against the messages in the inbox, for each call</title>
   <style>
-    .paper {{ fill: #fff }} .grid {{ stroke: #ebe5e1; fill: none }}
+    .paper {{ fill: #fff }} .grid {{ stroke: #e6e5f0; fill: none }}
     .line {{ stroke-width: 2; fill: none; stroke-linejoin: round }} .lead {{ opacity: .5 }}
-    .small {{ font-size: 12px; fill: #6b625c }}
-    .other {{ stroke: #7d736c; fill: #6b625c }} .read {{ stroke: #d9500a; fill: #c24503 }}
-    .search {{ stroke: #2f6fb5; fill: #245f9f }} .write {{ stroke: #2e8b57; fill: #23754a }}
+    .small {{ fill: #5a5872 }}
+    .other {{ stroke: #77758f; fill: #5a5872 }} .read {{ stroke: #4f46b8; fill: #4f46b8 }}
+    .search {{ stroke: #1f7a8c; fill: #1f7a8c }} .write {{ stroke: #a63d84; fill: #a63d84 }}
     text {{ stroke: none }}
     @media (prefers-color-scheme: dark) {{
-      .paper {{ fill: #1d1917 }} .grid {{ stroke: #3a322d }} .small {{ fill: #b9aea7 }}
-      .other {{ stroke: #a3978f; fill: #c9beb7 }} .read {{ stroke: #ff7a33; fill: #ff935a }}
-      .search {{ stroke: #5fa3ec; fill: #84b9f2 }} .write {{ stroke: #4fbf83; fill: #6fcf9b }}
+      .paper {{ fill: #15141f }} .grid {{ stroke: #2e2c42 }} .small {{ fill: #b4b2cc }}
+      .other {{ stroke: #9a98b0; fill: #b4b2cc }} .read {{ stroke: #9d95ff; fill: #aea7ff }}
+      .search {{ stroke: #4fb3c6; fill: #6cc5d6 }} .write {{ stroke: #e58bc4; fill: #eba0d0 }}
     }}
   </style>
   <rect class="paper" width="{width}" height="{height}" rx="8"/>
