@@ -11,7 +11,7 @@ std::time_t startOfMonth(std::time_t now) {
     return localtime_r(&instant, &local) != nullptr && local.tm_year == wanted.tm_year &&
            local.tm_mon == wanted.tm_mon;
   };
-  // Not mktime: where a zone skips or repeats the midnight of the 1st, its answer is wrong.
+  // Not mktime: its answer is wrong in time zones that skip or repeat midnight on the 1st.
   constexpr std::time_t day = 86400;
   std::time_t before = now - (wanted.tm_mday + 2) * day;
   std::time_t first = now;

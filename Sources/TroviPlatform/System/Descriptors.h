@@ -1,10 +1,10 @@
-// What reading and writing share.
+// Error handling shared by reading and writing.
 #pragma once
 
 namespace trovi::platform {
 
-/// After a failed call on `descriptor`: whether it is worth another try. Waits for `events`
-/// (POLLIN, POLLOUT) where the other side made the descriptor non-blocking.
+/// Whether a call on `descriptor` that has just failed (see errno) should be repeated. If the other
+/// side made the descriptor non-blocking, first waits for `events` (POLLIN, POLLOUT).
 bool worthRetrying(int descriptor, short events);
 
 }  // namespace trovi::platform

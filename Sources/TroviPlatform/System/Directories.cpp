@@ -12,7 +12,7 @@
 namespace trovi::platform {
 namespace {
 
-/// HOME when it is absolute, else the user database's entry, else "/".
+/// HOME if it is an absolute path, else the home folder in the user database, else "/".
 std::filesystem::path homeDirectory() {
   if (const char* home = std::getenv("HOME"); home != nullptr && home[0] == '/') return home;
   constexpr std::size_t largestEntry = std::size_t{64} << 10;

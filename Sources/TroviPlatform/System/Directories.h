@@ -4,12 +4,12 @@
 
 namespace trovi::platform {
 
-/// The folder in which applications keep the user's data, an absolute path. It follows from the
-/// user's home alone: applications that start the server hand on little more of the environment.
+/// The folder where applications keep the user's data, as an absolute path. It depends only on the
+/// user's home: applications that start the server pass on little else of the environment.
 std::filesystem::path applicationSupportDirectory();
 
-/// Makes the folder and its missing parents, private to the user where the system leaves that to
-/// the application. A folder that is there stays as it is. A failure is silent: it shows when the
+/// Creates the folder and its missing parents, private to the user on systems that leave this to
+/// the application. An existing folder is not changed. A failure is not reported: it shows when the
 /// folder is used.
 void createDirectories(const std::filesystem::path& directory);
 

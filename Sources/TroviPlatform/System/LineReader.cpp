@@ -13,7 +13,7 @@ namespace trovi::platform {
 namespace {
 
 constexpr std::size_t initialSize = std::size_t{64} << 10;
-constexpr std::size_t huge = std::size_t{4} << 20;  // not kept once the line has gone
+constexpr std::size_t huge = std::size_t{4} << 20;  // a larger buffer is not kept after its line
 
 }  // namespace
 
@@ -41,7 +41,7 @@ std::optional<std::string_view> LineReader::next() {
   }
 }
 
-/// Reads once more behind what is there; false at the end of the input.
+/// Appends the result of one read to the buffer; false at the end of the input or after an error.
 bool LineReader::fill() {
   makeRoom();
   for (;;) {
@@ -54,7 +54,8 @@ bool LineReader::fill() {
   }
 }
 
-/// Moves the current line to the front and makes sure that there is room behind it.
+/// Moves the current line to the front of the buffer and makes room after it. If there is not
+/// enough memory, drops the line.
 void LineReader::makeRoom() {
   if (skipping_) begin_ = end_;
   if (begin_ > 0) {

@@ -9,14 +9,14 @@
 namespace trovi::platform {
 
 void createPrivateFile(const std::filesystem::path& file) {
-  // Closing a descriptor drops all locks that the process holds on its file: no other thread may
-  // have opened it by then.
+  // Closing a descriptor releases all locks that the process holds on its file, so no other thread
+  // may have opened the file by then.
   static std::mutex creating;
   const std::lock_guard lock(creating);
   constexpr mode_t userAlone = S_IRUSR | S_IWUSR;
   const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, userAlone);
   if (descriptor < 0) return;
-  ::fchmod(descriptor, userAlone);  // the umask may have taken the user's own rights
+  ::fchmod(descriptor, userAlone);  // the umask may have removed the user's own permissions
   ::close(descriptor);
 }
 

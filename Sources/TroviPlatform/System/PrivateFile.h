@@ -4,12 +4,12 @@
 
 namespace trovi::platform {
 
-/// Makes an empty file that its user alone may read and write, whatever the process's umask. Does
-/// nothing where the name is taken or no file can be made: that shows when the file is opened.
+/// Creates an empty file that only its owner may read and write, whatever the process's umask. Does
+/// nothing if the name is taken or the file cannot be created: that shows when it is opened.
 void createPrivateFile(const std::filesystem::path& file);
 
-/// Gives `file` a second name once its content is on the disk. False when the name is taken or
-/// anything fails: it has no second name then.
+/// Flushes `file` to the disk, then gives it a second name, a hard link. False if the name is taken
+/// or anything fails; there is no second name then.
 bool publish(const std::filesystem::path& file, const std::filesystem::path& name);
 
 }  // namespace trovi::platform

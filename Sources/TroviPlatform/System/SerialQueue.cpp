@@ -8,7 +8,7 @@
 namespace trovi::platform {
 
 void SerialQueue::enter() {
-  // Only this thread can have stored its own id, so a relaxed read is never fooled.
+  // Only this thread can have stored its own id, so a relaxed load is enough.
   if (owner_.load(std::memory_order_relaxed) == std::this_thread::get_id()) {
     write(standardError, std::string(label_) + ": sync called from its own queue\n");
     std::abort();

@@ -7,27 +7,27 @@
 
 namespace trovi::platform {
 
-/// Runs one piece of work at a time, in order of arrival, each on its caller's own thread while the
-/// others wait. Safe from any thread. Work that enters its own queue would wait for itself for
-/// ever; instead it ends the program with a sentence on standard error.
+/// Runs one piece of work at a time, in order of arrival, each on its caller's thread while the
+/// others wait. Safe to use from any thread. Work that calls `sync` on its own queue would
+/// deadlock; instead, the program writes a message to standard error and aborts.
 class SerialQueue {
  public:
-  /// `label` names the queue in that sentence and must outlive it.
+  /// `label` names the queue in that message and must outlive the queue.
   explicit SerialQueue(const char* label) : label_(label) {}
   SerialQueue(const SerialQueue&) = delete;
   SerialQueue& operator=(const SerialQueue&) = delete;
 
-  /// Runs `work` and returns its result when it is done; an exception passes through.
+  /// Runs `work` and returns its result; exceptions pass through.
   template <class Work>
   auto sync(Work&& work) {
     const Turn turn(*this);
     return std::forward<Work>(work)();
   }
 
-  /// How many callers have arrived and are not done: the one whose work runs, and those that wait.
-  /// For tests, which cannot know otherwise that a thread waits.
+  /// The number of callers that are not done: the one whose work is running and those that wait.
+  /// For tests, which have no other way to know that a thread is waiting.
   std::uint32_t length() const {
-    const std::uint32_t done = serving_;  // first, or those who come meanwhile would be missed
+    const std::uint32_t done = serving_;  // read first, so that the difference never wraps
     return nextTicket_ - done;
   }
 

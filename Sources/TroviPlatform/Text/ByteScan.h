@@ -1,4 +1,4 @@
-// Sixteen bytes at a time: the loops that every byte of a transcript passes through.
+// The loops that every byte of a transcript passes through, 16 bytes at a time.
 #pragma once
 
 #include <algorithm>
@@ -17,15 +17,15 @@ namespace trovi::platform {
 
 namespace bytescan {
 
-/// Needs an escape inside a JSON string.
+/// Whether `c` must be escaped inside a JSON string.
 constexpr bool isSpecial(char c) {
   return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
 }
 
 inline constexpr std::size_t blockSize = 16;
 
-/// One mark a byte in an integer, `bitsPerByte` bits wide, that of the first byte the lowest; 0
-/// when no byte is marked.
+/// One mark per byte of a block, `bitsPerByte` bits wide, the first byte's mark in the lowest bits;
+/// 0 if no byte is marked.
 #if defined(__ARM_NEON)
 using Marks = std::uint64_t;
 inline constexpr int bitsPerByte = 4;
@@ -34,13 +34,13 @@ using Marks = std::uint32_t;
 inline constexpr int bitsPerByte = 1;
 #endif
 
-/// How many bytes precede the first marked one.
+/// The number of bytes before the first marked one.
 inline std::size_t bytesBefore(Marks marks) {
   return static_cast<std::size_t>(std::countr_zero(marks) / bitsPerByte);
 }
 
-// Of a block: `specials` marks its special bytes; `isLatin` tells whether it is well-formed UTF-8
-// of one and two bytes a character, as far as it and the byte before it show.
+// For one block, `specials` marks its special bytes. `isLatin` says whether it is well-formed UTF-8
+// of one or two bytes per character, as far as the block and the byte before it show.
 
 #if defined(__SSE2__)
 
@@ -59,7 +59,7 @@ inline Marks specials(const char* block) {
 }
 
 inline bool isLatin(const char* block) {
-  const auto below = [](__m128i bytes, int limit) {  // as signed: 80 is the smallest, FF is -1
+  const auto below = [](__m128i bytes, int limit) {  // signed: 0x80 is the smallest, 0xFF is -1
     return _mm_cmplt_epi8(bytes, _mm_set1_epi8(static_cast<char>(limit)));
   };
   const auto leads = [&](__m128i bytes) {
@@ -123,8 +123,8 @@ inline bool isLatin(const char* block) {
 
 }  // namespace bytescan
 
-/// How many bytes at the start of `text` stand for themselves inside a JSON string: all up to the
-/// first quotation mark, backslash or control character.
+/// The number of bytes at the start of `text` that need no escape inside a JSON string: all before
+/// the first quotation mark, backslash or control character.
 inline std::size_t plainPrefix(std::string_view text) {
   using namespace bytescan;
   std::size_t i = 0;
@@ -136,8 +136,8 @@ inline std::size_t plainPrefix(std::string_view text) {
   return i;
 }
 
-/// A number of bytes at the start of `text` that are well-formed UTF-8: whole blocks of characters
-/// of one and two bytes, which is most of what people write in Portuguese. No branch depends on
+/// The length of a well-formed UTF-8 prefix of `text`, not always the longest. It consists of whole
+/// blocks of characters of one or two bytes, which is most of Portuguese text. No branch depends on
 /// where the accents are.
 inline std::size_t latinPrefix(std::string_view text) {
   using namespace bytescan;
@@ -145,9 +145,9 @@ inline std::size_t latinPrefix(std::string_view text) {
   const char* const last = text.data() + text.size() - blockSize;
   const char* at = text.data() + 1;
   while (at <= last && isLatin(at)) at += blockSize;
-  if (at > last && isLatin(last)) at = last + blockSize;  // which overlaps the one before
+  if (at > last && isLatin(last)) at = last + blockSize;  // overlaps the block before
   const auto size = static_cast<std::size_t>(at - text.data());
-  return static_cast<unsigned char>(at[-1]) < 0xC0 ? size : size - 1;  // not half a character
+  return static_cast<unsigned char>(at[-1]) < 0xC0 ? size : size - 1;  // no partial character
 }
 
 }  // namespace trovi::platform

@@ -21,7 +21,7 @@ sys_seconds wholeSeconds(Instant instant) {
   return sys_seconds(std::chrono::seconds(static_cast<std::int64_t>(kept)));
 }
 
-/// `text` at `at` as `width` decimal digits, right-aligned.
+/// Writes `value` into `text` at `at`, as `width` decimal digits with leading zeros.
 void put(std::string& text, std::size_t at, std::size_t width, unsigned value) {
   for (std::size_t i = at + width; i-- > at; value /= 10) {
     text[i] = static_cast<char>('0' + value % 10);
@@ -30,8 +30,8 @@ void put(std::string& text, std::size_t at, std::size_t width, unsigned value) {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// Takes numbers off the front of `text`, each as its form has it: a digit for every 0, and the
-/// rest as it stands. Absent when the text has another form.
+/// Removes one number per form from the front of `text`. In a form, "0" matches any digit, and
+/// every other character matches itself. Absent if `text` does not match.
 template <std::size_t count>
 std::optional<std::array<int, count>> fields(std::string_view& text,
                                              const std::array<std::string_view, count>& forms) {

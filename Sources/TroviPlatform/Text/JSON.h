@@ -1,8 +1,8 @@
-// JSON values, their reader and their writer.
+// JSON values, their parser and their writer.
 //
-// A value is plain: copied freely, compared by content. Arrays and objects are shared once they are
-// inside a value and never change there, so a copy costs a reference count however large it is.
-// Numbers keep the digits they were written with: an integer of any length comes back as it came.
+// Values are copied freely and compared by content. Arrays and objects inside a value are shared
+// and never change, so copying one only increments a reference count, however large it is. Numbers
+// keep their digits as written, so integers of any length are preserved.
 #pragma once
 
 #include <concepts>
@@ -25,15 +25,16 @@ class JSONObject;
 class JSONValue;
 using JSONArray = std::vector<JSONValue>;
 
-/// A number as it stands in a JSON text, digit for digit.
+/// A number exactly as written in a JSON text.
 struct JSONNumber {
   std::string literal;
 
-  /// The value, when it is a whole number of the signed 64-bit range: 7, 7.0 and 70e-1 are 7.
+  /// The value, if it is a whole number in the signed 64-bit range: 7, 7.0 and 70e-1 are 7.
   std::optional<std::int64_t> integer() const;
-  /// The nearest double, or absent beyond the range of a double.
+  /// The nearest double; absent if the number is out of range.
   std::optional<double> real() const;
-  /// The shortest of the usual forms that reads back as `value`, which must be finite.
+  /// `value`, which must be finite, with 15 significant digits, or with 17 if 15 do not read back
+  /// as the same value.
   static JSONNumber from(double value);
 
   bool operator==(const JSONNumber&) const = default;
@@ -52,14 +53,15 @@ class JSONValue {
   JSONValue(const char* text) : content_(std::string(text)) {}
   JSONValue(JSONArray array);
   JSONValue(JSONObject object);
-  /// `value` as it is written, once and for all: for what is sent often. It reads as no kind.
+  /// `object`, already serialised, for content that is sent often. It reads as no JSON kind.
   static JSONValue written(const JSONObject& object);
-  /// A text that is laid out when it is written: `payload` as JSON with its members in order and on
-  /// lines of their own, two blanks a level, `"key": value`, `[]` and `{}` when empty. It is the
-  /// empty text where there is no memory for it. It reads as no kind; `payload` holds none like it.
+  /// A text that is laid out only when it is written: `payload` as JSON with sorted keys, each
+  /// member and element on its own line, indented by two spaces per level, `"key": value`, and `[]`
+  /// or `{}` when empty. If there is not enough memory, the text is empty. It reads as no JSON
+  /// kind; `payload` must not contain another such text.
   static JSONValue prettyText(JSONValue payload);
 
-  // The value as one kind, or null when it is of another. The pointer lives as long as the value.
+  // The value as one kind, or a null pointer if it is of another. Valid as long as the value.
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
   const bool* boolean() const { return std::get_if<bool>(&content_); }
   const JSONNumber* number() const { return std::get_if<JSONNumber>(&content_); }
@@ -91,8 +93,7 @@ class JSONValue {
       content_;
 };
 
-/// A member's key: a literal of the program, which is not copied and must need no escape, or a
-/// text.
+/// A member's key: a text, or a string literal, which is not copied and must need no escapes.
 class JSONKey {
  public:
   JSONKey() = default;
@@ -112,32 +113,32 @@ class JSONKey {
   bool operator==(const JSONKey& other) const { return view() == other.view(); }
 
  private:
-  struct Text {  // no bare string: see SQLValue
+  struct Text {  // no bare std::string: see SQLValue
     std::string value;
   };
   std::variant<std::string_view, Text> key_;
 };
 
-/// Members in the order in which they came, no key twice.
+/// Members in insertion order. No key occurs twice.
 class JSONObject {
  public:
   using Member = std::pair<JSONKey, JSONValue>;
 
   JSONObject() = default;
-  /// Of members with the same key the last one counts.
+  /// If several members have the same key, the last one counts.
   explicit JSONObject(std::vector<Member> members);
   JSONObject(std::initializer_list<Member> members) : JSONObject(std::vector<Member>(members)) {}
 
-  /// Makes room for this many members.
+  /// Reserves memory for this many members.
   void reserve(std::size_t count) { members_.reserve(count); }
 
-  /// Adds a member whose key is not there yet.
+  /// Adds a member, whose key must be new.
   template <class Value>
   void add(JSONKey key, Value&& value) {
     members_.emplace_back(std::move(key), std::forward<Value>(value));
   }
 
-  // A member, or absent when it is missing or of another kind.
+  // A member's value; absent if it is missing or of another kind.
   const JSONValue* find(std::string_view key) const;
   std::optional<std::string_view> text(std::string_view key) const;
   std::optional<std::int64_t> integer(std::string_view key) const;
@@ -147,25 +148,24 @@ class JSONObject {
   auto end() const { return members_.end(); }
   bool empty() const { return members_.empty(); }
 
-  /// Whether the members stand in ascending order of their keys' bytes, which is that of their
-  /// characters.
+  /// Whether the members are sorted by the bytes of their keys, which is code point order.
   bool isSorted() const;
   /// The members in that order.
   std::vector<const Member*> sorted() const;
 
-  /// The order of the members does not count.
+  /// Ignores the order of the members.
   friend bool operator==(const JSONObject& left, const JSONObject& right);
 
  private:
   std::vector<Member> members_;
 };
 
-/// Reads one JSON text (RFC 8259) that is valid UTF-8. Absent when it is malformed: trailing
-/// characters, a lone surrogate escape and more than 512 nested levels are malformed too. A number
+/// Parses one JSON text (RFC 8259), which must be valid UTF-8. Absent if it is malformed; this
+/// includes trailing characters, lone surrogate escapes and more than 512 nested levels. A number
 /// may have any size.
 std::optional<JSONValue> parseJSON(std::string_view text);
 
-/// Appends `object` without any white space. "/" and non-ASCII characters stand as themselves.
+/// Appends `object` without white space. "/" and non-ASCII characters are not escaped.
 void appendJSON(TextBuffer& out, const JSONObject& object);
 
 }  // namespace trovi::platform

@@ -15,7 +15,7 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 bool isHighSurrogate(unsigned unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool isLowSurrogate(unsigned unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-/// Recursive descent, one function a rule of the grammar. Each returns false at the first fault.
+/// Recursive descent, one function per grammar rule. Each returns false at the first error.
 class Reader {
  public:
   explicit Reader(std::string_view text) : rest_(text) {}
@@ -75,7 +75,7 @@ class Reader {
     return good;
   }
 
-  /// What follows an element: another one, or the end of the container.
+  /// Reads what follows an element: a comma, or the end of the container.
   bool separator(char close, bool& done) {
     skipSpace();
     done = take(close);

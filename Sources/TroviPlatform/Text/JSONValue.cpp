@@ -16,7 +16,7 @@ std::optional<std::int64_t> JSONNumber::integer() const {
 
   const std::size_t mark = std::min(literal.find_first_of("eE"), literal.size());
   std::string digits = literal.substr(0, mark);
-  std::int64_t zeros = 0;  // that follow the digits; negative: so many of them are a fraction
+  std::int64_t zeros = 0;  // to append to them; if negative, that many digits are a fraction
   if (const auto point = digits.find('.'); point != std::string::npos) {
     digits.erase(point, 1);
     zeros = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(digits.size());
@@ -43,7 +43,7 @@ std::optional<std::int64_t> JSONNumber::integer() const {
 }
 
 std::optional<double> JSONNumber::real() const {
-  // Not strtod: an application that set its locale would make it wait for a comma.
+  // Not strtod: in an application that has set its locale, it may expect a decimal comma.
   std::istringstream stream(literal);
   stream.imbue(std::locale::classic());
   double value = 0;
@@ -96,7 +96,7 @@ bool operator==(const JSONValue& left, const JSONValue& right) {
 
 JSONObject::JSONObject(std::vector<Member> members) : members_(std::move(members)) {
   constexpr std::size_t few = 16;
-  if (members_.size() <= few) {  // the usual request: not worth a sort
+  if (members_.size() <= few) {  // a typical request: not worth sorting
     for (auto at = members_.begin(); at != members_.end();) {
       const bool comesAgain = std::any_of(
           at + 1, members_.end(), [&](const Member& later) { return later.first == at->first; });

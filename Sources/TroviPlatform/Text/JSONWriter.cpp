@@ -7,7 +7,7 @@ namespace {
 
 enum class Layout {
   compact,
-  prettyText,  ///< on several lines, as it stands inside a JSON string
+  prettyText,  ///< on several lines, escaped for a JSON string
 };
 
 template <Layout layout>

@@ -14,7 +14,7 @@ struct Escape {
   std::size_t size = 0;
 };
 
-/// What stands for each special byte inside a JSON string.
+/// The escape for each special byte in a JSON string.
 using Escapes = std::array<Escape, 256>;
 
 constexpr Escapes escapesOnce = [] {
@@ -49,7 +49,8 @@ char* putEscape(char* out, char c, const Escapes& escapes) {
   return out + escape.size;
 }
 
-/// Writes `text` with its escapes, and up to a block of bytes behind them; returns their end.
+/// Writes `text` with escapes and returns the end of what it wrote. Up to one block of bytes beyond
+/// that end may be overwritten.
 char* putEscaped(char* out, std::string_view text, const Escapes& escapes) {
   using namespace bytescan;
   const char* in = text.data();
@@ -88,7 +89,7 @@ void TextBuffer::clear() {
 }
 
 void TextBuffer::appendEscaped(std::string_view text, Depth depth) {
-  constexpr std::size_t piece = 4096;  // so that the room for the worst case stays small
+  constexpr std::size_t piece = 4096;  // keeps the room for the worst case small
   const Escapes& escapes = depth == Depth::once ? escapesOnce : escapesTwice;
   while (!text.empty()) {
     const std::string_view next = text.substr(0, piece);
@@ -102,7 +103,7 @@ void TextBuffer::grow(std::size_t count) {
   const std::size_t wanted = std::max(size_ + count, 2 * capacity_);
   auto* grown = static_cast<char*>(std::realloc(data_.get(), wanted));
   if (grown == nullptr) throw std::bad_alloc();
-  static_cast<void>(data_.release());  // realloc has taken it
+  static_cast<void>(data_.release());  // realloc has freed or moved it
   data_.reset(grown);
   capacity_ = wanted;
 }

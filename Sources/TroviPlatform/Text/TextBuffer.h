@@ -8,9 +8,9 @@
 
 namespace trovi::platform {
 
-/// A growing text that keeps its memory, unless that is huge, when it is cleared, and never touches
-/// a byte before it is written. Running out of memory throws std::bad_alloc and leaves the text as
-/// it was.
+/// A growing text. `clear` keeps its memory unless that is huge, and no byte is touched before it
+/// is written. When memory runs out, throws std::bad_alloc; the text stays valid, but
+/// `appendEscaped` may have appended a part.
 class TextBuffer {
  public:
   TextBuffer() = default;
@@ -27,7 +27,7 @@ class TextBuffer {
     ++size_;
   }
   void append(std::string_view text) {
-    if (text.empty()) return;  // it may point nowhere
+    if (text.empty()) return;  // its pointer may be null
     std::memcpy(room(text.size()), text.data(), text.size());
     size_ += text.size();
   }
@@ -36,14 +36,15 @@ class TextBuffer {
     size_ += count;
   }
 
-  /// How many JSON strings a text stands in: `twice` where a string holds JSON that holds it.
+  /// How many JSON strings enclose a text: `twice` if it is in JSON that is itself in a JSON
+  /// string.
   enum class Depth { once, twice };
 
-  /// Appends `text`, which is valid UTF-8, as it stands between the quotation marks.
+  /// Appends `text`, which must be valid UTF-8, with escapes but without quotation marks.
   void appendEscaped(std::string_view text, Depth depth);
 
  private:
-  /// The end of the text, with `count` bytes behind it to write on.
+  /// The end of the text, with room for at least `count` bytes after it.
   char* room(std::size_t count) {
     if (count > capacity_ - size_) grow(count);
     return data_.get() + size_;

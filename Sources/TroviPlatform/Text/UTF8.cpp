@@ -9,12 +9,12 @@ namespace {
 constexpr std::string_view replacement = "\xEF\xBF\xBD";
 
 struct Sequence {
-  std::size_t size;  ///< bytes to take: a whole character, or a maximal ill-formed part
+  std::size_t size;  ///< in bytes: a whole character, or a maximal ill-formed part
   bool wellFormed;
 };
 
-/// How many bytes follow this lead byte, and what the first of them may be; none for an ill-formed
-/// lead.
+/// How many bytes follow a lead byte, and the range of the first of them; 0 for an ill-formed lead
+/// byte.
 struct Lead {
   std::size_t following;
   unsigned char low, high;
@@ -31,7 +31,7 @@ constexpr Lead lead(unsigned char byte) {
   return {0, 0, 0};
 }
 
-/// The sequence at the start of `bytes`, which is not ASCII.
+/// The sequence at the start of `bytes`, whose first byte is not ASCII.
 Sequence sequence(std::string_view bytes) {
   auto [following, low, high] = lead(static_cast<unsigned char>(bytes[0]));
   std::size_t taken = 1;

@@ -13,7 +13,8 @@ namespace trovi::platform {
 namespace {
 
 constexpr utf8proc_int32_t zeroWidthNonJoiner = 0x200C;
-/// Latin, Greek and Cyrillic lie below: there a mark is a diacritic. Above, a mark may be a letter.
+/// Latin, Greek and Cyrillic are below this; their marks are diacritics. Above, a mark may be a
+/// letter.
 constexpr utf8proc_int32_t endOfMarkedScripts = 0x0510;
 
 const utf8proc_uint8_t* bytes(std::string_view text) {
@@ -76,8 +77,8 @@ std::string mapped(std::string_view text, int options) {
   return {reinterpret_cast<const char*>(result), static_cast<std::size_t>(length)};
 }
 
-/// NFD. utf8proc would put the marks in order by swapping neighbours, which takes a line of nothing
-/// but marks for ever.
+/// NFD. utf8proc itself orders marks by swapping neighbours, which takes quadratic time on a line
+/// of nothing but marks.
 std::vector<utf8proc_int32_t> decomposed(std::string_view text) {
   std::vector<utf8proc_int32_t> scalars;
   scalars.reserve(text.size());
@@ -148,7 +149,7 @@ std::size_t clusterCount(std::string_view text) {
 }
 
 std::string folded(std::string_view text) {
-  // Marks go before the case does: folding would turn U+0345, a mark, into the letter iota.
+  // Remove marks before folding case: folding would turn U+0345, a mark, into the letter iota.
   return mapped(withoutDiacritics(decomposed(text)),
                 UTF8PROC_CASEFOLD | UTF8PROC_COMPOSE | UTF8PROC_STABLE);
 }
