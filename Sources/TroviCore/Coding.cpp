@@ -16,7 +16,7 @@ using platform::JSONValue;
 
 using Key = std::string_view;
 
-/// Hands each field over as what it is.
+/// Passes each field to the function for its type.
 struct FieldEncoder {
   void operator()(Key key, const std::string& text) { to.encodeText(key, text); }
   void operator()(Key key, std::int64_t integer) { to.encodeInteger(key, integer); }
@@ -31,7 +31,7 @@ struct FieldEncoder {
   KeyedEncoder& to;
 };
 
-/// Fills each field with what there is for it.
+/// Fills each field from the document.
 struct FieldDecoder {
   void operator()(Key key, std::string& text) { text = from.decodeText(key); }
   void operator()(Key key, std::int64_t& integer) { integer = from.decodeInteger(key); }

@@ -20,12 +20,13 @@ using Handle = std::unique_ptr<sqlite3, Releaser<sqlite3_close>>;
 using Statement = std::unique_ptr<sqlite3_stmt, Releaser<sqlite3_finalize>>;
 using Message = std::unique_ptr<char, Releaser<sqlite3_free>>;
 
-/// SQLite's message, which may quote damaged bytes of the file.
+/// SQLite's message as valid UTF-8: it may quote damaged bytes of the file.
 std::string readable(const char* message) {
   return message != nullptr ? platform::repairedUTF8(message) : "desconhecido";
 }
 
-/// SQLite's answer. A text that it has no room for would be null in the statement.
+/// SQLite's result code. The caller must check it: a text that SQLite cannot hold would be null in
+/// the statement.
 int bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
   if (const auto* text = value.asText()) {
     return sqlite3_bind_text(statement, index, text->c_str(), -1, SQLITE_TRANSIENT);
@@ -37,7 +38,7 @@ int bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
   return sqlite3_bind_null(statement, index);
 }
 
-/// The value in a column, which is looked at once: each look locks the connection.
+/// The value in a column, read in few calls, since each one locks the connection.
 SQLValue column(sqlite3_stmt* statement, int index) {
   switch (sqlite3_column_type(statement, index)) {
     case SQLITE_INTEGER: return SQLValue::integer(sqlite3_column_int64(statement, index));
@@ -143,12 +144,13 @@ DatabaseError DatabaseError::query(const std::string& message) {
   return {Kind::query, "Erro no banco: " + message};
 }
 
-/// Hidden, or its templates would leave a shared library because the class around it does.
+/// Hidden explicitly: a shared library would otherwise export its template instances, because the
+/// enclosing class is exported.
 class __attribute__((visibility("hidden"))) Database::Connection {
  public:
   Connection(const std::filesystem::path& path, const char* journal) {
-    // Absolute, since SQLite takes "" for a private file, ":memory:" for none and "file:" for a
-    // URI.
+    // An absolute path, because SQLite takes "" for a temporary file, ":memory:" for a database in
+    // memory and "file:" for a URI.
     std::error_code noWorkingFolder;
     const auto absolute = std::filesystem::current_path(noWorkingFolder) / path;
     if (absolute.is_relative()) throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN));

@@ -1,4 +1,4 @@
-// The fields of the records, once: what hashes and what encodes cannot drift apart.
+// The fields of the records, listed once, so that hashing and coding cannot diverge.
 #pragma once
 
 #include <concepts>

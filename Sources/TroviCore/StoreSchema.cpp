@@ -1,5 +1,5 @@
-// The layout of the database file. The recording application opens the same file, and files of
-// every age are about: no text here ever changes.
+// The schema of the database file. The recording application opens the same file, and old files are
+// still in use: no text here ever changes.
 #include <array>
 #include <set>
 
@@ -78,8 +78,8 @@ constexpr std::array seeds{
         "Rascunhe um PRD curto: problema, proposta, escopo, fora de escopo e perguntas em aberto."},
 };
 
-/// Another process may add the same column between our look and our statement; a column that could
-/// not be added for any other reason shows in the statements that follow.
+/// Ignores a failure: another process may have added the column after we looked. If the column is
+/// missing for any other reason, a later statement fails.
 void addColumn(Database& db, const char* statement) {
   try {
     db.execute(statement);
@@ -87,7 +87,7 @@ void addColumn(Database& db, const char* statement) {
   }
 }
 
-/// A file that goes when it is no longer needed.
+/// A file that is removed at the end of its scope.
 struct TemporaryFile {
   ~TemporaryFile() {
     std::error_code leftBehind;
@@ -106,10 +106,10 @@ TroviStore::TroviStore(const std::filesystem::path& path, Database::Draft draft)
   db_.execute("PRAGMA journal_mode=WAL;");
 }
 
-/// Where nothing is at `path`, makes a whole inbox there: a file in write-ahead mode with all that
-/// belongs in it, which others see complete or not at all. Of several programs the first one wins.
-/// A log that is left of a deleted inbox would be mixed into the new one: only SQLite, which finds
-/// no inbox beside it, throws it away. What fails here is told when the file is opened.
+/// If nothing is at `path`, creates a complete inbox there, in write-ahead log mode; others see it
+/// complete or not at all. If several programs do so, the first one wins. If the log of a deleted
+/// inbox is left, does nothing: SQLite would apply that log to the new file, but discards it if
+/// there is no file beside it. Failures are reported when the file is opened.
 const std::filesystem::path& TroviStore::made(const std::filesystem::path& path) {
   const std::string place = path.c_str();
   for (const char* part : {"", "-wal", "-journal"}) {

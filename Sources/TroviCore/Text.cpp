@@ -13,7 +13,7 @@ using platform::firstCluster;
 constexpr std::size_t titleLength = 60;
 constexpr std::size_t spanLength = 160;
 
-/// In their order, folded, each with its space.
+/// Folded, each with its trailing space.
 constexpr std::array<std::string_view, 7> leadIns{
     "pro ", "pra ", "para ", "para o ", "para a ", "pro destino ", "no destino "};
 
@@ -21,7 +21,7 @@ bool isSeparator(std::string_view cluster) {
   return cluster == "." || cluster == "!" || cluster == "?" || cluster == "\n";
 }
 
-/// The first piece between separators that is not empty; all of `text` when there is none.
+/// The first non-empty piece between separators; all of `text` if there is none.
 std::string_view firstSentence(std::string_view text) {
   std::size_t start = 0;
   std::size_t end = 0;
@@ -46,10 +46,10 @@ std::string_view beforeLastSpace(std::string_view text) {
   return text.substr(0, kept);
 }
 
-/// A text to search for runs of whole characters.
+/// A text in which to find sequences of whole characters.
 ///
-/// Bytes alone would be fickle: a mark after the searched text hides it where the two compose to
-/// one letter, and would not where no such letter exists.
+/// A search by bytes would be inconsistent: a combining mark after the match would hide it if the
+/// two compose to one letter, but not if no such letter exists.
 class Span {
  public:
   explicit Span(std::string text) : text_(std::move(text)), isBorder_(text_.size() + 1) {
@@ -69,7 +69,7 @@ class Span {
 
  private:
   std::string text_;
-  std::vector<bool> isBorder_;  ///< whether a character begins or the text ends at a byte
+  std::vector<bool> isBorder_;  ///< by offset: a character begins or the text ends there
 };
 
 struct Candidate {

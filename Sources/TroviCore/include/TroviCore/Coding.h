@@ -1,5 +1,5 @@
 /// @file
-/// Records to and from keyed documents such as JSON objects. The keys are the names of the fields.
+/// Converts records to and from keyed documents such as JSON objects. The keys are the field names.
 #pragma once
 
 #include <cstdint>
@@ -12,29 +12,29 @@
 
 namespace trovi {
 
-/// A record that cannot be read from a document, or a value that a document cannot hold. what() is
-/// the key and the reason: "title: missing".
+/// A record cannot be read from a document, or a document cannot hold a value. what() is the key
+/// and the reason: "title: missing".
 class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
-  /// An error of the value under `key`, or of the whole document when that is empty.
+  /// An error in the value under `key`, or in the whole document if `key` is empty.
   CodingError(const std::string& key, const std::string& reason);
 
-  const std::string& key() const noexcept { return key_; }  ///< empty: the document as a whole
-  const std::string& reason() const noexcept { return reason_; }  ///< what was expected, in English
+  const std::string& key() const noexcept { return key_; }        ///< empty: the whole document
+  const std::string& reason() const noexcept { return reason_; }  ///< what is wrong, in English
 
  private:
   std::string key_;
   std::string reason_;
 };
 
-/// Receives the fields of one record in the order of their declaration; absent fields are left out.
-/// How a value is written is its choice: a date comes as a date. An implementation throws what it
-/// likes, preferably CodingError.
+/// Receives the fields of one record in the order of their declaration, without absent ones. An
+/// implementation decides how it writes a value: a date, for example, arrives as a Date. It may
+/// throw any exception, preferably CodingError.
 class TROVI_EXPORT KeyedEncoder {
  public:
   virtual ~KeyedEncoder() = default;
   /// @{
-  /// Receives the value of one field. Both texts are valid during the call only.
+  /// Receives the value of one field. `key` and a text are valid only during the call.
   virtual void encodeText(std::string_view key, std::string_view value) = 0;
   virtual void encodeInteger(std::string_view key, std::int64_t value) = 0;
   virtual void encodeNumber(std::string_view key, double value) = 0;
@@ -42,7 +42,7 @@ class TROVI_EXPORT KeyedEncoder {
   /// @}
 };
 
-/// Gives out the values of one document by key.
+/// Provides the values of one document by key.
 class TROVI_EXPORT KeyedDecoder {
  public:
   virtual ~KeyedDecoder() = default;
@@ -58,8 +58,8 @@ class TROVI_EXPORT KeyedDecoder {
 };
 
 /// @{
-/// Hands every field that is present to `encoder`; a status as its raw value. What the encoder
-/// throws passes through. The keys are those of documents in use: they never change.
+/// Passes every field that is present to `encoder`, a status as its raw value. Exceptions of the
+/// encoder pass through. Documents with these keys are in use: the keys never change.
 TROVI_EXPORT void encode(const Destino& destino, KeyedEncoder& encoder);
 TROVI_EXPORT void encode(const Recado& recado, KeyedEncoder& encoder);
 /// @}
@@ -78,11 +78,11 @@ template <>
 TROVI_EXPORT Recado decode<Recado>(const KeyedDecoder& decoder);
 /// @}
 
-/// How a JSON document holds dates.
+/// How dates are written in a JSON document.
 enum class JSONDates {
-  secondsSince1970,  ///< a number with fraction; nothing is lost
-  /// "2025-06-18T14:03:22Z": whole seconds, years 0000 to 9999. When it is read, the second may
-  /// have a fraction and an offset may stand in place of the Z: "2025-06-18T11:03:22.25-03:00".
+  secondsSince1970,  ///< a number with a fraction; nothing is lost
+  /// "2025-06-18T14:03:22Z": whole seconds, years 0000 to 9999. On reading, the seconds may have a
+  /// fraction, and an offset may replace the Z: "2025-06-18T11:03:22.25-03:00".
   iso8601,
 };
 
@@ -96,7 +96,8 @@ TROVI_EXPORT std::string toJSON(const Recado& recado,
 /// @}
 
 /// @{
-/// The record, Destino or Recado, in one JSON object; `text` may be any bytes. Throws CodingError.
+/// Reads a record, Destino or Recado, from one JSON object. `text` may be any bytes. Throws
+/// CodingError.
 template <class Record>
 Record fromJSON(std::string_view /*text*/, JSONDates /*dates*/ = JSONDates::secondsSince1970) {
   static_assert(isKnown<Record>, "fromJSON is there for Destino and Recado");

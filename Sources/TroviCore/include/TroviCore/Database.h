@@ -20,12 +20,12 @@
 
 namespace trovi {
 
-/// One value that is bound to a statement or read from a column. There is no blob: the file holds
-/// none, and one that is found reads as null.
+/// A value that is bound to a statement or read from a column. There are no blobs: the file
+/// contains none, and any that is found reads as null.
 class TROVI_EXPORT SQLValue {
  public:
   /// @{
-  /// A value of one kind. A text is UTF-8.
+  /// A value of one kind. Text is UTF-8.
   static SQLValue text(std::string value) { return SQLValue(Text{std::move(value)}); }
   static SQLValue real(double value) { return SQLValue(value); }
   static SQLValue integer(std::int64_t value) { return SQLValue(value); }
@@ -33,8 +33,8 @@ class TROVI_EXPORT SQLValue {
   /// @}
 
   /// @{
-  /// The value, or null when it is absent: an integer as `integer`, a date as `real` seconds since
-  /// 1970.
+  /// The value, or null if it is absent. An integer becomes `integer`; a date becomes `real`, in
+  /// seconds since 1970.
   static SQLValue from(std::optional<std::string> value);
   static SQLValue from(std::optional<double> value);
   static SQLValue from(std::optional<Date> value);
@@ -50,7 +50,8 @@ class TROVI_EXPORT SQLValue {
   /// @}
 
   /// @{
-  /// The value as one kind, a null pointer when it is of another. It points into the value.
+  /// The value as one kind, or a null pointer if it is of another. The pointer refers to this
+  /// object.
   const std::string* asText() const {
     const auto* text = std::get_if<Text>(&content_);
     return text != nullptr ? &text->value : nullptr;
@@ -58,14 +59,14 @@ class TROVI_EXPORT SQLValue {
   const double* asReal() const { return std::get_if<double>(&content_); }
   const std::int64_t* asInteger() const { return std::get_if<std::int64_t>(&content_); }
   /// @}
-  /// Whether it is SQL's null.
+  /// Whether it is SQL NULL.
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
 
  private:
   friend class Row;
 
-  // With a bare string in it, libstdc++ 12 holds the variant never to be without a value, and a
-  // copy for which there is no memory destroys what was not made.
+  // With a bare std::string, libstdc++ 12 assumes that the variant always has a value. A copy that
+  // runs out of memory would then destroy a string that was never constructed.
   struct Text {
     std::string value;
   };
@@ -75,29 +76,30 @@ class TROVI_EXPORT SQLValue {
   std::variant<Text, double, std::int64_t, std::monostate> content_;
 };
 
-/// One row of a result: a dictionary from column name to value, a plain value. Of columns with the
-/// same name the last one counts. The rows of one result share their names.
+/// One row of a result: a map from column name to value, copied freely. If columns have the same
+/// name, the last one counts. The rows of one result share their names.
 ///
-/// The readers never throw and never convert between texts and numbers: what is missing, null or of
-/// another kind is absent, and the caller has its default.
+/// The accessors never throw and never convert between texts and numbers. A value that is missing,
+/// null or of another kind is absent, so that the caller can choose a default.
 class TROVI_EXPORT Row {
  public:
-  using Names = std::vector<std::string>;  ///< of the columns, in their order
+  using Names = std::vector<std::string>;  ///< of the columns, in order
 
-  /// A row of `values`, each with the name at its place. Throws std::invalid_argument when there
+  /// A row of `values`, each with the name at the same index. Throws std::invalid_argument if there
   /// are more values than names.
   Row(std::shared_ptr<const Names> names, std::vector<SQLValue> values);
-  /// A row of its own, for those who make one by hand.
+  /// A row with its own names, for one that is built by hand.
   Row(std::initializer_list<std::pair<std::string, SQLValue>> columns);
 
-  /// The value of a column, null included; a null pointer for a name that is not in the row.
+  /// The value of a column, which may be null; a null pointer if the row has no such column.
   const SQLValue* find(std::string_view column) const;
 
   /// The text in a column.
   std::optional<std::string> stringValue(std::string_view column) const;
-  /// An integer counts as the nearest double.
+  /// The number in a column; an integer becomes the nearest double.
   std::optional<double> doubleValue(std::string_view name) const { return doubleAt(place(name)); }
-  /// A real is truncated toward zero, and absent when it is not finite or out of range.
+  /// The integer in a column. A real is truncated toward zero; absent if it is not finite or out of
+  /// range.
   std::optional<std::int64_t> intValue(std::string_view column) const;
   /// An integer or real as seconds since 1970-01-01 00:00:00 UTC.
   std::optional<Date> dateValue(std::string_view column) const { return dateAt(place(column)); }
@@ -105,20 +107,20 @@ class TROVI_EXPORT Row {
  private:
   friend class TroviStore;
 
-  /// One more than the index of the last column of this name, or 0. It is the same in all rows of a
-  /// result.
+  /// The index of the last column with this name, plus one; 0 if there is none. It is the same in
+  /// all rows of a result.
   std::size_t place(std::string_view column) const;
   std::optional<double> doubleAt(std::size_t place) const;
   std::optional<Date> dateAt(std::size_t place) const;
-  /// Moves the text out and leaves an unspecified one.
+  /// Moves the text out, which leaves an unspecified one.
   std::optional<std::string> takeAt(std::size_t place);
 
   std::shared_ptr<const Names> names_;
   std::vector<SQLValue> values_;
 };
 
-/// The one error of the storage layer. what() is its description: a Portuguese prefix that never
-/// changes, and SQLite's own message.
+/// The error of the storage layer. what() is its description: a fixed Portuguese prefix and
+/// SQLite's own message.
 class TROVI_EXPORT DatabaseError : public std::runtime_error {
  public:
   /// What failed.
@@ -130,7 +132,7 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
   static DatabaseError query(const std::string& message);  ///< "Erro no banco: " + message
 
   Kind kind() const noexcept { return kind_; }        ///< what failed
-  std::string description() const { return what(); }  ///< as the user may read it
+  std::string description() const { return what(); }  ///< for display to the user
 
  private:
   DatabaseError(Kind kind, const std::string& description);
@@ -138,31 +140,31 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
   Kind kind_;
 };
 
-/// A connection to one SQLite file: write-ahead logging, foreign keys on, and 4 seconds of patience
-/// with a lock that another connection holds.
+/// A connection to one SQLite file, with write-ahead logging, foreign keys on, and a busy timeout
+/// of 4 seconds for locks that other connections hold.
 ///
-/// Safe from any thread: statements run one at a time, each on its caller's thread, in order of
-/// arrival. Every statement stands for itself; there are no transactions beyond those that a script
-/// opens. Texts end at their first NUL, on the way in and out; ill-formed UTF-8 that is read
-/// becomes U+FFFD; one for which SQLite has no room is an error and never stored as null. Nothing
-/// is cached, and the connection closes with the object.
+/// Safe to use from any thread: statements run one at a time, each on its caller's thread, in order
+/// of arrival. Each statement is independent; there are no transactions except those that a script
+/// opens. Texts end at their first NUL, both when written and when read. Ill-formed UTF-8 is read
+/// as U+FFFD. A text that SQLite cannot hold is an error and is never stored as null. Nothing is
+/// cached, and the connection closes with the object.
 class TROVI_EXPORT Database {
  public:
-  /// Opens the file, creating it for its user alone (mode 0600) when it is missing; its folder must
+  /// Opens the file. A missing file is created for its user only (mode 0600); its folder must
   /// exist. Throws DatabaseError.
   explicit Database(const std::filesystem::path& path);
   ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  /// Runs every statement of a script, binding nothing. Throws DatabaseError at the first that
+  /// Runs all statements of a script, without parameters. Throws DatabaseError at the first that
   /// fails; those before it stay applied.
   void execute(const std::string& script);
 
-  /// Runs the first statement of `sql` with `parameters` bound to its "?" in order (those in excess
-  /// are ignored, those that lack are null), up to its first row. Returns the number of rows that
-  /// it inserted, changed or deleted itself; those that triggers change do not count. Throws
-  /// DatabaseError.
+  /// Runs the first statement of `sql`, up to its first row. `parameters` are bound to its "?" in
+  /// order; extra ones are ignored, and missing ones are null. Returns the number of rows that an
+  /// INSERT, UPDATE or DELETE changed, not counting those that its triggers changed; for other
+  /// statements the number means nothing. Throws DatabaseError.
   std::int64_t run(const std::string& sql, const std::vector<SQLValue>& parameters = {});
 
   /// Runs the first statement of `sql` as `run` does and returns all its rows in order. Throws
@@ -171,7 +173,7 @@ class TROVI_EXPORT Database {
 
  private:
   friend class TroviStore;
-  /// A file that nobody else knows: it stays one file, and nothing waits for the disk.
+  /// A file that nobody else knows yet: it has no journal file and does not wait for the disk.
   struct Draft {};
   Database(const std::filesystem::path& path, Draft draft);
 

@@ -6,8 +6,8 @@
 
 namespace trovi {
 
-/// An instant: seconds since 1970-01-01 00:00:00 UTC, with fraction. It is the unit of every date
-/// column of the database file, so that nothing is rounded on the way in or out.
+/// An instant: seconds since 1970-01-01 00:00:00 UTC, with a fraction. The date columns of the
+/// database file have the same unit, so nothing is rounded when it is stored or read.
 using Date = std::chrono::sys_time<std::chrono::duration<double>>;
 
 /// The instant `seconds` after 1970-01-01 00:00:00 UTC.

@@ -1,7 +1,7 @@
 /// @file
-/// What a shared library shows of itself; everything without this mark stays inside.
+/// Visibility of symbols: a shared library hides everything without this mark.
 #pragma once
 
-/// Marks a type or function for use from outside the library. It stands the same in a static
-/// library, where it does no harm: one set of headers serves both.
+/// Marks a type or function as public. It does no harm in a static library, so both kinds of
+/// library have the same headers.
 #define TROVI_EXPORT __attribute__((visibility("default")))

@@ -1,6 +1,6 @@
 /// @file
-/// The records of the inbox: plain values, copied freely, compared and hashed by all their fields.
-/// Fields without a default are required.
+/// The records of the inbox: values that are copied freely, and compared and hashed by all their
+/// fields. Fields without a default are required.
 #pragma once
 
 #include <array>
@@ -16,7 +16,7 @@
 
 namespace trovi {
 
-/// Where a message stands.
+/// The status of a message.
 enum class RecadoStatus {
   transcrevendo,  ///< recorded, still being transcribed; can be neither claimed nor resolved
   pendente,       ///< transcribed, waiting for an assistant
@@ -25,16 +25,16 @@ enum class RecadoStatus {
   falhou,         ///< marked as failed by the application; can be neither claimed nor resolved
 };
 
-/// The status as it is stored in the file, compared in SQL and shown to the assistant: "pendente".
-/// A file format: these texts never change. Throws std::out_of_range for a value that is none of
-/// the five.
+/// The status as stored in the file, compared in SQL and shown to the assistant: "pendente". These
+/// texts are part of the file format and never change. Throws std::out_of_range for a value that is
+/// none of the five.
 TROVI_EXPORT std::string_view rawValue(RecadoStatus status);
 
 /// The status as the user reads it, in Portuguese: "Pego pela IA". Throws as rawValue does.
 TROVI_EXPORT std::string_view label(RecadoStatus status);
 
 /// @cond
-/// False, whatever the type: for a sentence that the compiler says.
+/// Always false: for a static_assert in a primary template.
 template <class Type>
 inline constexpr bool isKnown = false;
 /// @endcond
@@ -53,8 +53,8 @@ constexpr auto allCases<RecadoStatus>() {
 }
 
 /// @{
-/// The case whose raw value is exactly `text`; absent for any other text, in other case or with
-/// blanks around it included.
+/// The case whose raw value is exactly `text`, in the same case and without blanks around it; else
+/// absent.
 template <class Enumeration>
 std::optional<Enumeration> fromRawValue(std::string_view /*text*/) {
   static_assert(isKnown<Enumeration>, "fromRawValue is there for RecadoStatus");
@@ -64,7 +64,7 @@ template <>
 TROVI_EXPORT std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
 /// @}
 
-/// A new identifier as those in the file are: a random UUID, 36 characters, upper case.
+/// A new identifier in the format that the file has: a random UUID, 36 characters, upper case.
 TROVI_EXPORT std::string newID();
 
 /// A destination: a project under which messages are filed, with a standing instruction. Identified
@@ -74,22 +74,22 @@ struct Destino {
   std::string name;         ///< as the user says it
   std::string instruction;  ///< what an assistant is to do with its messages; may be empty
   std::string colorHex;     ///< "#" and six hexadecimal digits; not validated
-  std::int64_t sort = 0;    ///< position in lists, which go by `sort`, then by `name`
+  std::int64_t sort = 0;    ///< position in lists: by `sort`, then by `name`
 
   bool operator==(const Destino&) const = default;  ///< all fields are equal
 };
 
-/// A voice message. Identified by `id`. The record does not hold the fields of a claim or a result
-/// to its status; the operations of TroviStore do.
+/// A voice message. Identified by `id`. Nothing forces the claim and the result to match the
+/// status; TroviStore's `claim`, `resolve` and `reopen` set them together.
 struct Recado {
   std::string id;                          ///< stable, unique in the file
   Date createdAt = now();                  ///< when it was recorded
   double duration = 0;                     ///< length of the recording, seconds
   std::optional<std::string> audioPath{};  ///< the recording; removed together with the message
-  std::string transcript;                  ///< the speech; may be empty
+  std::string transcript;                  ///< what was said; may be empty
   std::string title;                       ///< short, derived from the transcript
   std::optional<std::string> destinoID{};  ///< `id` of its Destino; absent when unfiled
-  RecadoStatus status = RecadoStatus::pendente;  ///< where it stands
+  RecadoStatus status = RecadoStatus::pendente;  ///< its status
   std::optional<std::string> claimedBy{};        ///< who claimed or resolved it
   std::optional<Date> claimedAt{};               ///< when it was claimed
   std::optional<std::string> result{};           ///< what the assistant did

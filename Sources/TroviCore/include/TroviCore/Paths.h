@@ -1,5 +1,5 @@
 /// @file
-/// Where the user's inbox lies.
+/// Where the user's inbox is.
 #pragma once
 
 #include <filesystem>
@@ -12,14 +12,15 @@ namespace trovi {
 /// "Library/Application Support/Trovi" below the user's home on macOS and ".local/share/Trovi"
 /// elsewhere; these names and "Audio" and "trovi.sqlite" never change.
 ///
-/// Each call makes the folders that it names when they are missing. A failure to do so is silent:
-/// it shows when something in them is opened. Safe from any thread that does not change HOME.
+/// Each call creates the folders that it names if they are missing. A failure is not reported: it
+/// shows when something in them is opened. Safe to call from any thread while no thread changes
+/// HOME.
 struct TROVI_EXPORT TroviPaths {
   TroviPaths() = delete;
 
-  static std::filesystem::path supportDirectory();  ///< made when missing
-  static std::filesystem::path audioDirectory();    ///< "Audio" in it, made when missing
-  static std::filesystem::path databaseURL();       ///< "trovi.sqlite" in it; the file is not made
+  static std::filesystem::path supportDirectory();  ///< created if missing
+  static std::filesystem::path audioDirectory();    ///< "Audio" in it, created if missing
+  static std::filesystem::path databaseURL();       ///< "trovi.sqlite" in it; not created
 };
 
 }  // namespace trovi

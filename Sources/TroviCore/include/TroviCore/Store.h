@@ -1,5 +1,5 @@
 /// @file
-/// The inbox. In the structures that it takes, the fields without a default are required.
+/// The inbox. In the structures that its operations take, fields without a default are required.
 #pragma once
 
 #include <array>
@@ -18,12 +18,12 @@
 
 namespace trovi {
 
-/// Which messages `TroviStore::recados` lists; an absent condition admits all.
+/// Which messages `TroviStore::recados` lists. An absent condition matches all.
 struct RecadoFilter {
   std::optional<RecadoStatus> status{};    ///< exactly this one
   std::optional<std::string> destinoID{};  ///< filed under this `id`
-  /// A text anywhere in the transcript, the title or the result. ASCII letters match in either
-  /// case; "%" and "_" are wildcards. A text of blanks only is no condition.
+  /// A text that occurs in the transcript, the title or the result. ASCII letters match in either
+  /// case; "%" and "_" are wildcards. A text of only blanks is no condition.
   std::optional<std::string> search{};
   std::int64_t limit = -1;  ///< at most this many; negative: all
 };
@@ -38,10 +38,10 @@ struct RecadoClaim {
 struct RecadoResolution {
   std::string id;                   ///< of the message
   std::string result;               ///< what was done
-  std::optional<std::string> by{};  ///< who resolves; absent: the claimer stays
+  std::optional<std::string> by{};  ///< who resolves; absent: the claimer is kept
 };
 
-/// What a transcription yielded.
+/// The result of a transcription.
 struct FinishedTranscription {
   std::string id;                          ///< of the message
   std::string transcript;                  ///< may be empty
@@ -50,60 +50,60 @@ struct FinishedTranscription {
   std::optional<std::string> language{};   ///< absent: cleared
 };
 
-/// Where a message goes.
+/// Where to file a message.
 struct RecadoFiling {
   std::string id;                          ///< of the message
   std::optional<std::string> destinoID{};  ///< absent: unfiled
 };
 
-/// A message that the remote copy now holds as it was in `version`.
+/// A message that the remote copy now has as it was in `version`.
 struct UploadedVersion {
   std::string id;            ///< of the message
-  std::int64_t version = 0;  ///< as `TroviStore::pendingUploads` gave it
+  std::int64_t version = 0;  ///< as `TroviStore::pendingUploads` returned it
 };
 
 /// The state of a message in the remote copy. An absent field clears the local one.
 struct RemoteStatus {
   std::string id;                                ///< of the message
-  RecadoStatus status = RecadoStatus::pendente;  ///< where it stands there
+  RecadoStatus status = RecadoStatus::pendente;  ///< its status there
   std::optional<std::string> claimedBy{};        ///< who claimed or resolved it
   std::optional<Date> claimedAt{};               ///< when it was claimed
   std::optional<std::string> result{};           ///< what was done
   std::optional<Date> resolvedAt{};              ///< when it was resolved
-  double updatedAt = 0;                          ///< when it came about, seconds since 1970
+  double updatedAt = 0;                          ///< time of this state, seconds since 1970
 };
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
 ///
-/// Every operation but the static ones may throw DatabaseError, and std::out_of_range for a status
-/// that is none of the five. Texts are compared by their bytes. Each is one SQL statement, or as
-/// many as it says, and what succeeded before a failure stays. An id that names nothing is not an
-/// error, and no argument is validated. Triggers in the file keep the books of the synchroniser,
-/// whichever process makes a change.
+/// All operations except the static ones may throw DatabaseError, and std::out_of_range for a
+/// status that is none of the five. Each runs one SQL statement, or several where its description
+/// says so; statements that succeeded before a failure stay applied. An unknown id is not an error,
+/// and no argument is validated. Unless stated otherwise, texts are compared by their bytes.
+/// Triggers in the file record changes for the synchroniser, whichever process makes them.
 ///
-/// An operation that is const only reads the file. What it reads may be another thing each time:
-/// other threads and programs change the file meanwhile.
+/// A const operation only reads the file. Its result may differ each time, because other threads
+/// and programs change the file meanwhile.
 ///
-/// Safe from any thread; statements run one at a time (see Database). Another thread's or process's
-/// statement may come between the two of one operation.
+/// Safe to use from any thread; statements run one at a time (see Database). Statements of other
+/// threads or processes may run between those of one operation.
 class TROVI_EXPORT TroviStore {
  public:
-  /// Opens the file and brings it to the current layout: creates what is missing, adds the columns
-  /// and triggers of the synchroniser to a file of the earlier layout, and seeds three destinations
-  /// once in the life of a file. The folder must exist. Throws DatabaseError; what was brought
-  /// about until then stays, and the next opening goes on from there.
+  /// Opens the file and migrates it to the current schema: creates what is missing, adds the
+  /// columns and triggers for the synchroniser to a file of the earlier schema, and adds three
+  /// destinations once in the life of a file. The folder must exist. Throws DatabaseError; the
+  /// steps before the failure stay applied, and the next open continues from there.
   ///
-  /// A missing file is made under another name, "….draft-" and a UUID, and appears whole, if the
-  /// file system has hard links. A program that is killed meanwhile may leave a draft behind, which
-  /// nobody reads: it can be deleted.
+  /// A missing file is created under another name, "….draft-" and a UUID, and appears complete, if
+  /// the file system has hard links. A program that is killed meanwhile may leave a draft behind;
+  /// nothing reads it, and it can be deleted.
   explicit TroviStore(const std::filesystem::path& path);
 
-  Database& db() { return db_; }  ///< the store's connection, which lives as long as the store
+  Database& db() { return db_; }  ///< the store's connection, valid as long as the store
 
   /// @name Messages
   /// @{
 
-  /// The record in a row of the table `recado`. What is missing or of the wrong kind takes a
+  /// The record in a row of the table `recado`. A value that is missing or of the wrong kind gets a
   /// default: an empty text, 0, the current time for `createdAt`, `pendente`, or absent.
   static Recado recadoFrom(Row row);
 
@@ -113,133 +113,135 @@ class TROVI_EXPORT TroviStore {
   /// The messages that meet all conditions, newest first.
   std::vector<Recado> recados(const RecadoFilter& filter) const;
 
-  /// How many messages stand where; a status without messages is left out.
+  /// The number of messages by status; a status without messages is left out.
   std::unordered_map<RecadoStatus, std::int64_t> counts() const;
 
-  /// How many messages were recorded since the current month began in the user's time zone.
+  /// The number of messages recorded since the start of the current month in the user's time zone.
   std::int64_t countThisMonth() const;
 
-  /// Adds a message. An id that is taken is an error and changes nothing.
+  /// Adds a message. An id that is already taken is an error, and nothing changes.
   void insert(const Recado& recado);
 
-  /// Stores what a transcription yielded and makes the message `pendente`, whatever it was.
+  /// Stores the result of a transcription and makes the message `pendente`, whatever its status.
   void finishTranscription(const FinishedTranscription& finished);
 
-  /// Sets the status, and the title if one is given. Nothing else changes: no claim, no result.
+  /// Sets the status, and the title if one is given. Nothing else changes, not even claim and
+  /// result.
   void setStatus(const std::string& id, RecadoStatus status,
                  const std::optional<std::string>& title = {});
 
   /// Files the message under a destination, which need not exist, or unfiles it.
   void setDestino(const RecadoFiling& filing);
 
-  /// Sets where the recording is. The file itself is not touched, and there is nothing to upload.
+  /// Sets or clears the path of the recording. The file itself is not touched, and the change is
+  /// not marked for upload.
   void setAudioPath(const std::string& id, const std::optional<std::string>& path);
 
-  /// Makes a message `pego` that is `pendente` or `pego`, and returns it as it then stands: an
-  /// UPDATE, then a read. Absent, with nothing changed, when the id is unknown or the status
-  /// refuses.
+  /// Makes a message `pego` if it is `pendente` or `pego`, and returns it as it is then: an UPDATE,
+  /// then a SELECT. Absent, with nothing changed, if the id is unknown or the message has another
+  /// status.
   std::optional<Recado> claim(const RecadoClaim& claim);
 
-  /// Makes a message `resolvido` that is `pendente`, `pego` or `resolvido`, and returns it as it
-  /// then stands: an UPDATE, then a read. Absent, with nothing changed, when the id is unknown or
-  /// the status refuses. A message that was never claimed counts as claimed now.
+  /// Makes a message `resolvido` if it is `pendente`, `pego` or `resolvido`, and returns it as it
+  /// is then: an UPDATE, then a SELECT. Absent, with nothing changed, if the id is unknown or the
+  /// message has another status. If there is no claim time, it is set to the current time.
   std::optional<Recado> resolve(const RecadoResolution& resolution);
 
-  /// Makes a message `pendente` again, whatever it was, without claim and result.
+  /// Makes a message `pendente` again, whatever its status, and clears its claim and result.
   void reopen(const std::string& id);
 
-  /// Removes the message's audio file, if it has one and that can be done, then the message.
+  /// Deletes the message's audio file, if there is one and it can be deleted, then the message.
   void deleteRecado(const std::string& id);
 
   /// @}
   /// @name Destinations
   /// @{
 
-  /// The record in a row of the table `destino`. What is missing or of the wrong kind takes a
-  /// default: a new id, an empty text, "#FF6A1C" or 0.
+  /// The record in a row of the table `destino`. A value that is missing or of the wrong kind gets
+  /// a default: a new id, an empty text, "#FF6A1C" or 0.
   static Destino destinoFrom(Row row);
 
   /// Adds a destination, or overwrites the one with its id.
   void saveDestino(const Destino& destino);
 
-  /// All destinations by `sort`, then by the bytes of their `name`.
+  /// All destinations, ordered by `sort`, then by the bytes of their `name`.
   std::vector<Destino> destinos() const;
 
-  /// The destination with this id; absent, without a look at the file, when there is no id.
+  /// The destination with this id. Absent, without reading the file, if there is no id.
   std::optional<Destino> destino(const std::optional<std::string>& id) const;
 
-  /// The first destination in list order that bears this name, whatever the case and the accents.
-  /// Blanks around the given name do not count; those of a stored name do.
+  /// The first destination in list order with this name, ignoring case and accents. Blanks around
+  /// the given name are ignored too; those of a stored name are not.
   std::optional<Destino> destinoNamed(const std::string& name) const;
 
-  /// Unfiles the destination's messages, then removes it.
+  /// Unfiles the destination's messages, then deletes the destination.
   void deleteDestino(const std::string& id);
 
   /// @}
   /// @name Synchronisation
-  /// What a synchroniser needs to keep a remote copy in step. Each message has a counter of its
-  /// local changes, of content and of state, which every change but that of the recording's place
-  /// raises and 0 calls uploaded; each deleted message leaves its id. Messages and ids change hands
-  /// without locks: what changes while an upload is under way stays marked. Repeating a list that
-  /// was worked off in part is harmless.
+  /// What a synchroniser needs to keep a remote copy up to date. Each message has a counter of
+  /// local changes. Every change to its content or state increments the counter, except a change of
+  /// the recording's path; 0 means uploaded. Each deleted message leaves its id. Nothing is locked
+  /// between calls: a message that changes during an upload stays marked. It is safe to repeat a
+  /// list of which only a part was processed.
   /// @{
 
   /// A message with local changes.
   struct PendingUpload {
     Recado recado;             ///< as stored
-    double updatedAt = 0;      ///< last change of state, or else the recording; seconds since 1970
-    std::int64_t version = 0;  ///< its counter of changes as read, for `markUploaded`
+    double updatedAt = 0;      ///< last change of state, else the recording; seconds since 1970
+    std::int64_t version = 0;  ///< its change counter as read, for `markUploaded`
 
-    /// What `markUploaded` needs of it.
+    /// The part that `markUploaded` needs.
     operator UploadedVersion() const { return {.id = recado.id, .version = version}; }
   };
 
   /// The messages with local changes, oldest recording first, at most `limit`; negative: all.
   std::vector<PendingUpload> pendingUploads(std::int64_t limit) const;
 
-  /// Marks messages as uploaded, one by one. One that changed after its `version` was read stays
-  /// marked and is offered again.
+  /// Marks messages as uploaded, one by one. A message that changed after its `version` was read
+  /// stays marked for upload.
   void markUploaded(const std::vector<UploadedVersion>& uploaded);
-  /// The same for what `pendingUploads` returned, or a part of it.
+  /// The same for the result of `pendingUploads`, or a part of it.
   template <std::same_as<PendingUpload> Upload>
   void markUploaded(const std::vector<Upload>& uploads) {
     markUploaded(std::vector<UploadedVersion>(uploads.begin(), uploads.end()));
   }
 
-  /// Offers every message for upload again, then forgets the deletions that are not uploaded: for
-  /// a remote copy that starts afresh.
+  /// Marks every message for upload, then forgets the deletions that are not uploaded: for a remote
+  /// copy that starts empty.
   void markAllForUpload();
 
-  /// The ids of deleted messages, oldest deletion first, at most `limit`; negative: all. A message
-  /// that was inserted again under its id is not among them.
+  /// The ids of deleted messages, oldest deletion first, at most `limit`; negative: all. The id of
+  /// a message that was inserted again is not among them.
   std::vector<std::string> pendingDeletions(std::int64_t limit) const;
 
-  /// Forgets deletions that are uploaded, one by one.
+  /// Forgets deletions that were uploaded, one by one.
   void clearDeletions(const std::vector<std::string>& ids);
 
-  /// Takes over the remote state of a message that is `pendente`, `pego` or `resolvido`, if it is
-  /// newer than the local one. It does not count as a local change, and local changes that wait
-  /// for their upload go on waiting. False, with nothing changed, when the id is unknown, the
-  /// status refuses, or the local state is newer or of the same time.
+  /// Applies the remote state to a message that is `pendente`, `pego` or `resolvido`, if it is
+  /// newer than the local state. This does not count as a local change, and earlier local changes
+  /// stay marked for upload. False, with nothing changed, if the id is unknown, the message has
+  /// another status, or the remote state is not newer.
   bool applyRemoteStatus(const RemoteStatus& remote);
 
   /// @}
   /// @name Metadata
-  /// Texts by key, kept with the inbox: a synchroniser's own state. The key "seeded" is the store's
-  /// and never changes.
+  /// Texts by key, stored with the inbox, for a synchroniser's own state. The key "seeded" belongs
+  /// to the store and never changes.
   /// @{
 
   /// The text under this key; absent when there is none.
   std::optional<std::string> meta(const std::string& key) const;
 
-  /// Stores a text under this key in place of an earlier one; without a text, removes the key.
+  /// Stores a text under this key, replacing an earlier one; without a text, removes the key.
   void setMeta(const std::string& key, const std::optional<std::string>& value);
 
   /// @}
 
  private:
   TroviStore(const std::filesystem::path& path, Database::Draft draft);
-  /// Where the rows of one result have a message's columns.
+  /// For each field of a message, the place of its column in the rows of one result.
   using Places = std::array<std::size_t, 13>;
   static Places placesOf(const Row& row);
   static Recado recadoFrom(Row& row, const Places& places);
@@ -247,7 +249,7 @@ class TROVI_EXPORT TroviStore {
   void migrate();
   void migrateSync();
 
-  mutable Database db_;  // where the store is const, for reading only
+  mutable Database db_;  // const operations only read
 };
 
 }  // namespace trovi

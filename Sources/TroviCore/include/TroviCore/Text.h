@@ -1,5 +1,5 @@
 /// @file
-/// What a transcript says about its message.
+/// The title and the destination of a message, from its transcript.
 #pragma once
 
 #include <optional>
@@ -12,23 +12,24 @@
 
 namespace trovi {
 
-/// Functions of a transcript, without state and safe from any thread. A character is what a user
-/// perceives as one: a letter with its accents, a flag, a family, CR LF. Any bytes may come in:
-/// ill-formed UTF-8 counts as U+FFFD.
+/// Functions on a transcript, stateless and safe to call from any thread. A character is a grapheme
+/// cluster, which a user perceives as one: a letter with its accents, a flag, a family emoji, CR
+/// LF. Transcripts may be any bytes: ill-formed UTF-8 counts as U+FFFD.
 struct TROVI_EXPORT TroviText {
   TroviText() = delete;
 
-  /// A title for the message: its first sentence, which ends before ".", "!", "?" or a line feed.
-  /// One of more than 60 characters is cut before the last space among these, or else after them,
-  /// and "…" appended. "Recado sem fala" when there is nothing but white space; only separators
-  /// are their own title.
+  /// A title for the message: its first sentence that is not empty. A sentence ends before ".",
+  /// "!", "?" or a line feed. If it has more than 60 characters, it is cut before the last space
+  /// among the first 60, or after them if there is none, and "…" is appended. A transcript of only
+  /// white space gives "Recado sem fala"; one of only separators is its own title.
   static std::string titleFrom(std::string_view transcript);
 
-  /// The destination that the speaker named: one whose name, whatever the case and the accents,
-  /// follows "pro ", "pra ", "para ", "para o ", "para a ", "pro destino " or "no destino " within
-  /// the first 160 characters. Longer names go first, then the order of the list; where they stand
-  /// does not count. Words may go on at either end ("compra casarão" names "Casa"), but not a
-  /// character: "pra 👍🏽" does not name "👍". Absent when none is named.
+  /// The destination that the speaker named: its name, ignoring case and accents, follows "pro ",
+  /// "pra ", "para ", "para o ", "para a ", "pro destino " or "no destino " within the first 160
+  /// characters. Longer names come first, then the order of the list; the position in the
+  /// transcript does not matter. The match may be part of longer words ("compra casarão" names
+  /// "Casa") but not of a longer character: "pra 👍🏽" does not name "👍". Absent if there is
+  /// none.
   static std::optional<Destino> destinoMentioned(std::string_view transcript,
                                                  const std::vector<Destino>& destinos);
 };
