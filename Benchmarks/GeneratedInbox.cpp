@@ -11,7 +11,7 @@
 namespace trovi::benchmarks {
 namespace {
 
-// Not with the distributions of <random>: they differ from library to library.
+// Not with the distributions of <random>: their results differ between standard libraries.
 using Random = std::mt19937_64;
 
 template <std::size_t count>
@@ -19,7 +19,7 @@ std::string_view oneOf(const std::array<std::string_view, count>& texts, Random&
   return texts[random() % count];
 }
 
-/// One from each of the three makes a sentence.
+/// A sentence is one piece from each of the three lists.
 constexpr std::array<std::string_view, 9> intentions{
     "Preciso",         "Quero",         "Amanhã de manhã vou",        "Não posso esquecer de",
     "Seria bom",       "A gente podia", "Antes da reunião tenho que", "Acho que já dá para",

@@ -1,5 +1,5 @@
-// What all benchmarks work on: messages that follow from their numbers alone, the same on every
-// machine and in every run.
+// Test data of all benchmarks: each message is generated from its number alone, so it is the same
+// on every machine and in every run.
 #pragma once
 
 #include <cstddef>
@@ -15,15 +15,15 @@ constexpr const char* commonWord = "porque";           ///< in most transcripts
 constexpr const char* rareWord = "jabuticaba";         ///< in the oldest one only
 constexpr const char* missingWord = "paralelepípedo";  ///< in none
 
-/// Of an inbox so many messages wait, the newest ones; the others are resolved. A list of any
-/// length is full in an inbox of any size.
+/// The number of pending messages in an inbox, the newest ones; the others are resolved. It is the
+/// largest limit of a list, so lists are full in inboxes of all sizes.
 constexpr std::size_t waiting = 100;
 
-/// Message `number`, counted from the oldest: one to two kilobytes of spoken Portuguese, waiting.
+/// Message `number`, counted from the oldest: one to two kilobytes of spoken Portuguese, pending.
 Recado generatedRecado(std::size_t number);
 
-/// The user's inbox in a home of its own, with so many messages from number 0 on, filed under the
-/// destinations of a new inbox or under none. HOME leads there until the next one is made.
+/// The user's inbox in its own home folder, with messages from number 0 on, filed under the
+/// destinations of a new inbox or under none. HOME is that folder until the next one is created.
 class GeneratedInbox {
  public:
   explicit GeneratedInbox(std::size_t size);
@@ -31,9 +31,9 @@ class GeneratedInbox {
   const std::filesystem::path& home() const { return home_.path(); }
   TroviStore& store() { return store_; }
 
-  /// Some message, another one with every `turn`, all of them in the end.
+  /// The id of a message: another one each `turn`, and all of them over time.
   const std::string& anyID(std::size_t turn) const { return ids_[turn * 7919 % ids_.size()]; }
-  /// Some message that waits, unless it was worked on.
+  /// The id of a pending message, unless a benchmark changed it.
   const std::string& waitingID(std::size_t turn) const {
     return ids_[ids_.size() - 1 - turn % waiting];
   }

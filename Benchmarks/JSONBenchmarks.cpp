@@ -1,4 +1,4 @@
-// Requests that are read, replies that are written.
+// Parsing and writing of requests and replies.
 #include <benchmark/benchmark.h>
 
 #include "GeneratedInbox.h"
@@ -29,7 +29,7 @@ std::vector<Recado> recados(std::size_t count) {
   return recados;
 }
 
-/// What a tool makes of the messages.
+/// The result of a tool that lists the messages.
 JSONObject rendered(std::vector<Recado> recados) {
   JSONArray list;
   list.reserve(recados.size());

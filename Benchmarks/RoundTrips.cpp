@@ -1,9 +1,9 @@
-// What a call costs a client: the executable itself over pipes, on inboxes of several sizes. Writes
-// a line `operation,messages,microseconds` for each median; report.py presents them.
+// Measures what a call costs a client: runs the executable over pipes, on inboxes of several sizes.
+// Prints one line `operation,messages,microseconds` per median; report.py presents them.
 //
-// The inboxes take turns, so that whatever else the machine does is in all of them alike. A turn
-// begins with a new server, since a system may leave one on a processor that suits it ill, and with
-// a call that does not count.
+// The inboxes take turns, so that other load on the machine affects all of them alike. A turn
+// starts a new server, since the system may keep one on an unfavourable processor, and makes one
+// call that is not counted.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -29,11 +29,11 @@ using namespace std::chrono_literals;
 using tests::ServerProcess;
 using Clock = std::chrono::steady_clock;
 
-/// How much is done for a row of the table.
+/// How much to measure for one row of the table.
 struct Effort {
   std::vector<std::size_t> sizes;  ///< of the inboxes, in messages
-  int turns;                       ///< at least, for each inbox
-  Clock::duration row, turn;       ///< at least so long
+  int turns;                       ///< minimum, for each inbox
+  Clock::duration row, turn;       ///< minimum durations
 };
 const Effort standard{.sizes{100, 1'000, 10'000, 100'000}, .turns = 9, .row = 6s, .turn = 10ms};
 const Effort smoke{.sizes{100, 1'000}, .turns = 1, .row = 0s, .turn = 0s};  // shows that it works
@@ -45,15 +45,16 @@ struct Subject {
   std::size_t size;
   GeneratedInbox inbox;
   std::optional<ServerProcess> server{};
-  std::size_t calls = 0;        ///< so many up to now
-  std::vector<double> times{};  ///< of the calls that count, microseconds
+  std::size_t calls = 0;        ///< number of calls so far
+  std::vector<double> times{};  ///< of the calls that are counted, microseconds
 };
 
 void start(Subject& subject) {
   subject.server.emplace(ServerProcess::Setting{subject.inbox.home()});
 }
 
-/// Has a request answered. `proof` is a piece of the reply, near its end: a refusal would be quick.
+/// Sends a request and waits for the reply, which must contain `proof`, near its end: a refusal
+/// would be fast.
 void ask(Subject& subject, const std::string& request, std::string_view proof) {
   subject.server->send(request);
   const auto reply = subject.server->receive();
@@ -71,7 +72,7 @@ void call(Subject& subject, const std::string& tool, const std::string& argument
   ask(subject, tests::toolCall(tool, arguments), proof);
 }
 
-/// The end of a list of so many.
+/// The end of the reply to a list of `count` messages.
 std::string total(const std::string& count) { return R"(\"total\": )" + count + R"(\n})"; }
 
 void list(Subject& subject, const std::string& limit) {
@@ -82,11 +83,11 @@ void search(Subject& subject, const std::string& word, const std::string& found)
   call(subject, "search", R"({"consulta":")" + word + R"("})", total(found));
 }
 
-/// A line of the table.
+/// A row of the table.
 struct Operation {
   const char* name;
   void (*run)(Subject& subject);
-  void (*prepare)(Subject& subject) = [](Subject&) {};  ///< is not timed
+  void (*prepare)(Subject& subject) = [](Subject&) {};  ///< not timed
 };
 
 void get(Subject& subject) {

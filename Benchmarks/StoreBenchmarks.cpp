@@ -1,5 +1,5 @@
-// The store's main operations on inboxes of several sizes. What changes an inbox leaves it as large
-// as it was, and mostly waits for the disk: there the processor time says more.
+// The store's main operations on inboxes of several sizes. Operations that change an inbox keep its
+// size and mostly wait for the disk: there the CPU time says more.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 namespace trovi::benchmarks {
 namespace {
 
-/// The inbox of this size, made when it is first asked for.
+/// The inbox of this size, created on first use.
 GeneratedInbox& inboxOf(std::size_t size) {
   static std::map<std::size_t, std::unique_ptr<GeneratedInbox>> inboxes;
   auto& inbox = inboxes[size];
@@ -19,7 +19,7 @@ GeneratedInbox& inboxOf(std::size_t size) {
   return *inbox;
 }
 
-/// Times `work(inbox, turn)` on the inbox that has the benchmark's argument for its size.
+/// Times `work(inbox, turn)` on the inbox whose size is the benchmark's argument.
 template <class Work>
 void onInbox(benchmark::State& state, Work work) {
   GeneratedInbox& inbox = inboxOf(static_cast<std::size_t>(state.range()));

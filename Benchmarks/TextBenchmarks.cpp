@@ -1,4 +1,4 @@
-// What is read out of a transcript.
+// Functions on a transcript.
 #include <benchmark/benchmark.h>
 
 #include "GeneratedInbox.h"

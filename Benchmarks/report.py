@@ -1,5 +1,6 @@
-"""Presents the figures that RoundTrips measured: prints the table as Markdown; with --svg, draws the
-plot; with --readme, puts the table in its place there.
+"""Prints the figures that RoundTrips measured as a Markdown table.
+
+With --svg, also draws a plot; with --readme, replaces the table in that file.
 
 Usage: report.py CSV [--svg FILE] [--readme FILE]
 """
@@ -40,16 +41,16 @@ def table(costs):
     return "\n".join(lines)
 
 
-# One line a call, in the colour of its kind.
+# One line per call, in the colour of its kind.
 KINDS = {"search": "search", "claim": "write", "inbox": "read", "recado": "read", "destinos": "read"}
 WIDTH, HEIGHT = 500, 436  # narrow, so that the texts can be read on a phone
-LEFT, RIGHT, TOP, BOTTOM = 70, 292, 44, 372  # of the field inside the axes
-LABELS = 22  # from one to the next, at least
+LEFT, RIGHT, TOP, BOTTOM = 70, 292, 44, 372  # of the area inside the axes
+LABELS = 22  # minimum distance between two
 
 
 def spread(wanted, gap):
-    """The nearest places to the wanted ones, in their order, that lie `gap` apart."""
-    blocks = []  # of neighbours that touch: the wanted places of their first labels, as if alone
+    """The places closest to the wanted ones, in the same order and at least `gap` apart."""
+    blocks = []  # of touching labels: where each label wants the first of its block
     for place in wanted:
         blocks.append([place])
         while len(blocks) > 1 and mean(blocks[-2]) + gap * len(blocks[-2]) > mean(blocks[-1]):

@@ -1,4 +1,4 @@
-// libFuzzer's way into one target.
+// libFuzzer's entry point for one target.
 #include <cstddef>
 #include <cstdint>
 

@@ -27,7 +27,7 @@ std::string written(const JSONObject& object) {
   return std::string(text.view());
 }
 
-/// Lets the server answer, and holds the reply against the line.
+/// Has the server answer, and checks the reply against the line.
 void checkAnswer(mcp::Server& server, std::string_view line) {
   std::string repaired;
   const auto message =

@@ -1,4 +1,4 @@
-// What the fuzzers feed with any bytes. Each function throws Broken where a promise does not hold.
+// The fuzz targets. Each takes any bytes and throws Broken if a promise does not hold.
 #pragma once
 
 #include <stdexcept>
@@ -10,10 +10,9 @@ struct Broken : std::logic_error {
   using std::logic_error::logic_error;
 };
 
-/// The whole input of a server that has just started, on an inbox with rows that no program of ours
-/// wrote.
+/// The whole input of a new server, on an inbox with rows that none of our programs wrote.
 void session(std::string_view input);
-/// A JSON text.
+/// A text to parse as JSON and to write again.
 void jsonText(std::string_view input);
 
 }  // namespace trovi::fuzz

@@ -1,6 +1,6 @@
-// What a recording application does with a note, in one page and on the public headers only: it
-// files the message as being transcribed, reads title and destination out of the transcript, and
-// hands the message over to whoever works on it.
+// What a recording application does with a note, on one page and with the public headers only: it
+// files a message that is being transcribed, derives title and destination from the transcript, and
+// makes the message available to assistants.
 #include <TroviCore/Paths.h>
 #include <TroviCore/Store.h>
 #include <TroviCore/Text.h>
@@ -25,8 +25,8 @@ constexpr const char* usage =
     "CAIXA é um arquivo, uma pasta (uma nova, com / no fim) ou --user, a caixa do usuário;\n"
     "o que faltar é criado.\n";
 
-/// The inbox that is named: a file, or a folder that exists or ends in a slash. The user's own is
-/// touched only on request.
+/// The inbox file for an argument: a file, or a folder that exists or ends in a slash. The user's
+/// own inbox is used only on request.
 std::filesystem::path inboxFile(std::filesystem::path named) {
   if (named == "--user") return TroviPaths::databaseURL();
   if (!named.has_filename() || std::filesystem::is_directory(named)) named /= "trovi.sqlite";
@@ -34,12 +34,12 @@ std::filesystem::path inboxFile(std::filesystem::path named) {
   return named;
 }
 
-/// The message is in the file from the first moment, so that nothing is lost if transcribing fails.
+/// Inserts the message before it is transcribed, so that nothing is lost if that fails.
 void fileNote(TroviStore& store, const std::string& transcript) {
   const std::string id = newID();
   store.insert({.id = id,
                 .createdAt = now(),
-                .duration = 0,  // seconds; there is no sound
+                .duration = 0,  // seconds; there is no recording
                 .transcript = "",
                 .title = "",
                 .status = RecadoStatus::transcrevendo});

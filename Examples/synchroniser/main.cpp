@@ -1,10 +1,11 @@
-// What a synchroniser does with an inbox, in two pages and on the public headers only: it keeps the
-// inbox in step with a folder of JSON documents, one a message, which any file synchroniser carries
-// to another machine and its inbox. The newer state of a message counts, and a deletion is final;
-// content that changes later stays where it is, as recordings and destinations do.
+// What a synchroniser does with an inbox, on two pages and with the public headers only. It keeps
+// the inbox in step with a folder of JSON documents, one per message. Any file synchroniser can
+// carry the folder to another machine with another inbox. The newer state of a message wins, and a
+// deletion is final. Later changes of content stay on their machine, as recordings and destinations
+// do.
 //
-// It can be killed at any moment and run again: a file appears whole or not at all, and the inbox
-// calls a change uploaded when its file is there.
+// It can be killed at any time and run again: a file appears complete or not at all, and a change
+// is marked as uploaded only when its file is there.
 #include <TroviCore/Coding.h>
 #include <TroviCore/Store.h>
 
@@ -33,23 +34,23 @@ constexpr const char* usage =
     "Deixa a caixa de recados no arquivo CAIXA em dia com os documentos da PASTA, e a PASTA com "
     "ela.\n";
 
-/// A message as the folder has it.
+/// A message as stored in the folder.
 struct Document {
   Recado recado;
-  double updatedAt;  ///< when its state came about, seconds since 1970
+  double updatedAt;  ///< time of its state, seconds since 1970
 };
 
-/// Whether the id makes a file name.
+/// Whether the id is short enough for a file name.
 bool fits(const std::string& id) { return id.size() <= 120; }
 
-/// A message that is being transcribed, or failed to be, concerns the machine with the recording
-/// alone.
+/// Whether a message is synchronised. One that is being transcribed, or failed, concerns only the
+/// machine that has the recording.
 bool travels(const Recado& recado) {
   return fits(recado.id) && recado.status != RecadoStatus::transcrevendo &&
          recado.status != RecadoStatus::falhou;
 }
 
-/// The name of a message's file: an id may be any text.
+/// The name of a message's file, in hexadecimal because an id may be any text.
 std::string nameOf(const std::string& id) {
   std::ostringstream name;
   name << std::hex << std::setfill('0');
@@ -77,7 +78,7 @@ void writeWhole(const path& file, const std::string& text) {
 
 constexpr std::string_view timeKey = R"({"updatedAt":)";
 
-/// The message's own JSON with the time before its members.
+/// The message's JSON with the time as its first member.
 std::string textOf(const Document& document) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
@@ -86,7 +87,7 @@ std::string textOf(const Document& document) {
   return text.str();
 }
 
-/// Absent when there is none, or none that is understood.
+/// Absent if the file is missing or invalid.
 std::optional<Document> documentIn(const path& file) {
   const std::string text = contentOf(file);
   if (text.empty()) return {};
@@ -95,7 +96,7 @@ std::optional<Document> documentIn(const path& file) {
     std::istringstream time(text.substr(timeKey.size()));
     time.imbue(std::locale::classic());
     if (text.starts_with(timeKey) && time >> document.updatedAt) {
-      document.recado.audioPath.reset();  // on another machine
+      document.recado.audioPath.reset();  // it is on another machine
       return document;
     }
   } catch (const CodingError&) {
@@ -108,7 +109,8 @@ void takeOver(TroviStore& store, const Document& document) {
   const auto& [remote, updatedAt] = document;
   if (!travels(remote)) return;
   if (!store.recado(remote.id)) {
-    // As one change, or a program that was killed would leave a message that seems new.
+    // One transaction: a program killed between the two statements would leave a message that looks
+    // new.
     store.db().execute("BEGIN IMMEDIATE");
     store.insert(remote);
     store.db().run("UPDATE recado SET updated_at = ?, dirty = 0 WHERE id = ?",
@@ -130,7 +132,7 @@ void deleteHere(TroviStore& store, const std::string& id) {
   const auto local = store.recado(id);
   if (!local) return;
   store.deleteRecado(id);
-  store.clearDeletions({id});  // it came from the folder
+  store.clearDeletions({id});  // the deletion came from the folder
   tell("apagado", *local);
 }
 
@@ -145,7 +147,7 @@ void takeOver(TroviStore& store, const path& folder) {
   }
 }
 
-/// Before anything is taken over: what was deleted here must not come back.
+/// Runs before `takeOver`, or messages that were deleted here would come back.
 void uploadDeletions(TroviStore& store, const path& folder) {
   for (const std::string& id : store.pendingDeletions(-1)) {
     if (fits(id)) {
@@ -157,7 +159,7 @@ void uploadDeletions(TroviStore& store, const path& folder) {
   }
 }
 
-/// A message that changes meanwhile, or of which the folder has a newer state, stays marked.
+/// A message stays marked if it changes meanwhile or the folder has a newer state of it.
 void uploadChanges(TroviStore& store, const path& folder) {
   for (auto& upload : store.pendingUploads(-1)) {
     if (!travels(upload.recado)) continue;
@@ -177,7 +179,7 @@ int run(const std::vector<std::string>& arguments) {
   }
   TroviStore store(arguments[0]);
   const path folder = std::filesystem::canonical(arguments[1]);
-  // The place that is kept: a folder other than the last one knows nothing of this inbox yet.
+  // Remembers the last folder: any other one does not know this inbox yet.
   const std::string place = "synchroniser.folder";
   if (store.meta(place) != folder.string()) {
     store.markAllForUpload();

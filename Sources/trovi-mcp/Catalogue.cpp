@@ -27,7 +27,7 @@ struct Tool {
   const char* name;
   const char* description;
   JSONObject properties{};
-  JSONArray required{};  ///< empty: the schema says nothing of required arguments
+  JSONArray required{};  ///< empty: the schema has no "required"
 };
 
 JSONObject descriptor(Tool tool) {

@@ -1,5 +1,5 @@
-// What the server tells a client about itself. An assistant reads these texts to decide what to
-// call: they are fixed to the byte.
+// How the server describes itself to a client. An assistant decides by these texts what to call:
+// they are fixed to the byte.
 #pragma once
 
 #include <optional>
@@ -13,7 +13,7 @@ inline constexpr const char* serverVersion = TROVI_VERSION;
 inline constexpr const char* fallbackProtocolVersion = "2025-06-18";
 extern const char* const serverInstructions;
 
-/// The six tool descriptors, in the order in which they are offered.
+/// The six tool descriptors, in the order in which clients see them.
 platform::JSONArray catalogue();
 
 /// The result of `initialize`. The protocol version is not negotiated: the client's is echoed.

@@ -13,8 +13,8 @@ using platform::JSONArray;
 using platform::JSONObject;
 using platform::JSONValue;
 
-/// `duration` in whole seconds, halves away from zero; one that no integer holds takes the nearest,
-/// NaN 0.
+/// `duration` in whole seconds, halves rounded away from zero. A value out of range becomes the
+/// nearest integer; NaN becomes 0.
 std::int64_t wholeSeconds(double duration) {
   constexpr double limit = 0x1p63;
   if (std::isnan(duration)) return 0;

@@ -1,4 +1,4 @@
-// Tool results: what the assistant reads.
+// Tool results, as the assistant reads them.
 #pragma once
 
 #include <string>
@@ -9,18 +9,18 @@
 
 namespace trovi::mcp {
 
-/// A message with its destination's name and instruction, or null where `destinos` does not hold
-/// it.
+/// A message with its destination's name and instruction, or with null if `destinos` does not
+/// contain the destination.
 platform::JSONObject json(Recado recado, const std::vector<Destino>& destinos);
 
 /// A destination's name and instruction.
 platform::JSONObject json(const Destino& destino);
 
-/// A successful result: one text, which is `payload` as pretty JSON, or empty where there is no
-/// memory for that.
+/// A successful result: one text, which is `payload` as pretty-printed JSON, or empty if there is
+/// not enough memory for that.
 platform::JSONObject textContent(platform::JSONValue payload);
 
-/// A failed result: one text, which is `message` as it stands.
+/// A failed result: one text, which is `message` unchanged.
 platform::JSONObject toolError(std::string message);
 
 }  // namespace trovi::mcp

@@ -37,7 +37,7 @@ JSONObject replyError(const JSONValue& id, int code, std::string text) {
   return message(id, "error", JSONObject{{"code", code}, {"message", std::move(text)}});
 }
 
-/// The line as JSON. One for which there is no memory is as good as one that is not understood.
+/// The line as JSON; absent if it is malformed or there is not enough memory.
 std::optional<JSONValue> parsed(std::string_view line) {
   try {
     std::string repaired;
@@ -47,7 +47,7 @@ std::optional<JSONValue> parsed(std::string_view line) {
   }
 }
 
-/// The member as an object; an empty one when it is missing or of another kind.
+/// The member as an object; an empty one if it is missing or of another kind.
 const JSONObject& objectOrEmpty(const JSONObject& object, std::string_view key) {
   static const JSONObject empty;
   const JSONObject* member = object.object(key);

@@ -10,15 +10,14 @@
 
 namespace trovi::mcp {
 
-/// The server without its streams: a line in, at most one reply out. Strictly sequential, for one
-/// thread.
+/// The server without its streams: one line in, at most one reply out. For use by one thread.
 class Server {
  public:
   /// Opens the inbox in this file. Throws DatabaseError.
   explicit Server(const std::filesystem::path& database);
 
-  /// Carries out one line, any bytes without the line's end. Absent where no reply is due: the line
-  /// is blank, no JSON object, or a notification.
+  /// Handles one line, any bytes without the line terminator. Absent if no reply is due: the line
+  /// is blank, not a JSON object, or a notification.
   std::optional<platform::JSONObject> answer(std::string_view line);
 
  private:

@@ -13,7 +13,7 @@ using platform::JSONArray;
 using platform::JSONObject;
 using Destinos = std::vector<Destino>;
 
-/// A tool's own refusal, whose text is the answer.
+/// A refusal by a tool; its message becomes the reply.
 struct Refusal {
   std::string message;
 };
@@ -47,7 +47,7 @@ std::int64_t limitArgument(const ToolCall& call) {
   return std::clamp(call.arguments.integer("limite").value_or(standard), smallest, largest);
 }
 
-/// Who acts: `cliente`, else the client's name for itself.
+/// Who acts: the argument `cliente`, else the name that the client gave itself.
 std::optional<std::string> actor(const ToolCall& call) {
   auto named = textArgument(call, "cliente");
   return named ? named : call.clientName;
@@ -155,7 +155,7 @@ constexpr std::array tools{
 
 JSONObject callTool(const ToolCall& call) {
   try {
-    // First of all, so that an unreadable inbox shows whatever was asked.
+    // Read first, so that an unreadable inbox is an error whatever was asked.
     const Destinos destinos = call.store.destinos();
     for (const Tool& tool : tools) {
       if (tool.name == call.name) return tool.run(call, destinos);

@@ -1,4 +1,4 @@
-// The six tools, carried out against the store.
+// The six tools, run on the store.
 #pragma once
 
 #include <optional>
@@ -12,13 +12,13 @@ namespace trovi::mcp {
 
 struct ToolCall {
   std::string_view name;                  ///< as the client sent it
-  const platform::JSONObject& arguments;  ///< what a tool does not read is ignored
+  const platform::JSONObject& arguments;  ///< unknown ones are ignored
   TroviStore& store;
-  const std::optional<std::string>& clientName;  ///< as the client called itself
+  const std::optional<std::string>& clientName;  ///< as the client named itself
 };
 
-/// Carries out one call. Never fails: a missing argument, an unknown name, a refused change and a
-/// failure of the store all come back as a result that says so.
+/// Runs one call. A missing argument, an unknown name, a refused change and a failure of the store
+/// all become a result that says so.
 platform::JSONObject callTool(const ToolCall& call);
 
 }  // namespace trovi::mcp

@@ -16,14 +16,14 @@ using namespace trovi;
 
 namespace {
 
-/// Writes the reply to `line`, if one is due. `buffer` is kept from reply to reply for its memory.
+/// Writes the reply to `line`, if one is due. `buffer` is reused to keep its memory.
 void serve(mcp::Server& server, std::string_view line, platform::TextBuffer& buffer) {
   try {
     const auto reply = server.answer(line);
     if (!reply) return;
     buffer.clear();
     platform::appendJSON(buffer, *reply);
-  } catch (const std::exception&) {  // no memory for it
+  } catch (const std::exception&) {  // out of memory
     mcp::log("não consegui serializar a resposta");
     return;
   }
@@ -35,7 +35,7 @@ void serve(mcp::Server& server, std::string_view line, platform::TextBuffer& buf
 
 int main() {
   platform::keepFreedMemory();
-  sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // an account of its memory, kept behind a lock
+  sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its memory statistics would take a lock
   std::optional<platform::LineReader> lines;
   std::optional<mcp::Server> server;
   try {
@@ -47,5 +47,5 @@ int main() {
   }
   platform::TextBuffer buffer;
   while (const auto line = lines->next()) serve(*server, *line, buffer);
-  std::exit(EXIT_SUCCESS);  // nothing is closed: the file is sound at every moment
+  std::exit(EXIT_SUCCESS);  // closes nothing: the file is always consistent
 }
