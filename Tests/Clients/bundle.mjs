@@ -1,4 +1,4 @@
-// The bundle, as the maker of its format checks it and an assistant starts it.
+// The bundle, as the official tool for its format checks it and an assistant starts it.
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
 import { readFileSync } from 'node:fs';

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs the tests in a file; without Node or the clients they are skipped.
+# Runs the tests in a file; skips them without Node or the clients.
 # Usage: run.sh FILE [BUNDLE SERVER]
 cd "$(dirname "$0")"
 . ../Support/skip.sh

@@ -1,4 +1,4 @@
-// The official SDK's client works the inbox. It holds every reply against its schemas by itself.
+// The official SDK's client works through an inbox. It validates every reply against its schemas.
 import assert from 'node:assert/strict';
 import test from 'node:test';
 import { call, connect, inbox, version } from './support.mjs';

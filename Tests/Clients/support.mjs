@@ -1,4 +1,4 @@
-// An inbox that is thrown away, and a client of the official SDK to whom any stray word is a fault.
+// A temporary inbox, and a client of the official SDK that treats any stray output as an error.
 import { execFileSync } from 'node:child_process';
 import { mkdtempSync, realpathSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
@@ -10,18 +10,18 @@ import { StdioClientTransport } from '@modelcontextprotocol/sdk/client/stdio.js'
 const { TROVI_SERVER, TROVI_RECORDER, TROVI_VERSION, TROVI_BUNDLE } = process.env;
 export { TROVI_VERSION as version, TROVI_BUNDLE as bundle };
 
-/// A program of npm's by its name.
+/// The path of an npm program by its name.
 export const installed = (name) =>
   realpathSync(fileURLToPath(new URL(`node_modules/.bin/${name}`, import.meta.url)));
 
-/// A folder that goes when the test has ended.
+/// A folder that is removed after the test.
 export function folder(test) {
   const path = mkdtempSync(join(tmpdir(), 'trovi-clients-'));
   test.after(() => rmSync(path, { recursive: true }));
   return path;
 }
 
-/// A home folder in whose inbox the notes are filed, and their ids in the same order.
+/// A home folder with the notes in its inbox, and their ids in the same order.
 export function inbox(test, notes = []) {
   const home = folder(test);
   const ids = notes.map((note) =>
@@ -32,8 +32,8 @@ export function inbox(test, notes = []) {
   return { home, ids };
 }
 
-/// A client whose server is started by `start`, as the SDK starts one, with `home` as home folder.
-/// What the SDK's schemas refuse, and any line on standard error, ends the run.
+/// A client whose server the SDK starts as `start` says, with `home` as home folder. A reply that
+/// its schemas reject, or a line on standard error, ends the run.
 export async function connect(test, home, start = { command: TROVI_SERVER }) {
   const client = new Client({ name: 'Teste', version: '1' });
   const transport = new StdioClientTransport({ ...start, env: { HOME: home }, stderr: 'pipe' });
@@ -44,7 +44,7 @@ export async function connect(test, home, start = { command: TROVI_SERVER }) {
   return client;
 }
 
-/// What a tool says when it does what it is asked.
+/// The result of a tool; throws if the tool reports an error.
 export async function call(client, name, args = {}) {
   const { content, isError } = await client.callTool({ name, arguments: args });
   if (isError) throw new Error(content[0].text);

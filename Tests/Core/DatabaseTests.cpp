@@ -53,7 +53,7 @@ TEST_F(Connection, CountsTheRowsThatTheStatementItselfChanged) {
   EXPECT_EQ(db.run("UPDATE a SET x = 0 WHERE x > ?", {SQLValue::integer(99)}), 0);
   EXPECT_EQ(db.query("SELECT * FROM log").size(), 6U);
   db.run("DELETE FROM log WHERE rowid = 1");
-  EXPECT_EQ(db.run("SELECT * FROM a"), 1);  // the count of the statement before it
+  EXPECT_EQ(db.run("SELECT * FROM a"), 1);  // the count of the previous statement
   EXPECT_EQ(databaseError([&] { db.query("SELECT * FROM b"); }), "Erro no banco: no such table: b");
 }
 

@@ -17,14 +17,14 @@ class Destinos : public tests::Inbox {
 TEST_F(Destinos, AreListedBySortThenByTheBytesOfTheirNames) {
   for (const char* name : {"b", "A", "\u00E1", "c"}) save(name, name, 1);
   save("z", "z", 0);
-  save("b", "b", -1);  // over the first
+  save("b", "b", -1);  // replaces the first
   std::string names;
   for (const Destino& destino : store.destinos()) names += destino.name;
   EXPECT_EQ(names, "bzAc\u00E1");
   EXPECT_EQ(store.destino("z"), (Destino{"z", "z", "i", "c", 0}));
   EXPECT_FALSE(store.destino("2"));
   other.execute("DROP TABLE destino");
-  EXPECT_FALSE(store.destino({}));  // without a look at the file
+  EXPECT_FALSE(store.destino({}));  // without reading the file
 }
 
 TEST_F(Destinos, AreFoundByNameWhateverTheCaseAndTheAccents) {

@@ -20,7 +20,7 @@ class Recados : public tests::Inbox {
   }
 };
 
-/// Near enough to the present.
+/// Within a minute of the current time.
 bool isNow(std::optional<Date> date) {
   return date && std::abs(secondsSince1970(now()) - secondsSince1970(*date)) < 60;
 }
@@ -106,7 +106,7 @@ TEST_F(Recados, TakeWhatATranscriptionYieldedAndLoseWhatItDidNot) {
   store.finishTranscription(
       {.id = "1", .transcript = "u", .title = "U", .destinoID = "d", .language = "pt"});
   store.setAudioPath("1", "/b");
-  EXPECT_EQ(each(content), "uUpendentedpt/b4;");  // the file's place is nothing to upload
+  EXPECT_EQ(each(content), "uUpendentedpt/b4;");  // a change of path is not uploaded
   store.setDestino({.id = "1", .destinoID = "e"});
   store.setStatus("1", pego);
   EXPECT_EQ(each(content), "uUpegoept/b6;");

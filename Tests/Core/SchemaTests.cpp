@@ -38,7 +38,7 @@ TEST_F(Schema, OfANewFileHasEveryTableIndexAndTriggerAndThreeDestinations) {
 TEST(FirstStart, MakesAFileThatIsTheUsersAloneWhateverTheMaskAndLeavesTheModeOfAnother) {
   using std::filesystem::perms;
   const tests::TemporaryFolder folder;
-  // For the second name there is no draft: it would be too long.
+  // The second name is too long for a draft.
   for (const std::string& name : {std::string("a"), std::string(230, 'b')}) {
     for (const mode_t mask : {0U, 0777U}) {
       const auto file = folder.path() / (name + std::to_string(mask));
@@ -73,7 +73,7 @@ TEST_F(Schema, OfACurrentFileIsLeftAlone) {
   store.insert(tests::someRecado("1"));
   other.execute("DELETE FROM destino WHERE sort > 0; UPDATE meta SET value = NULL");
   TroviStore again(file);
-  EXPECT_EQ(each("name", "destino"), "Ideias soltas;");  // seeded is seeded, whatever its value
+  EXPECT_EQ(each("name", "destino"), "Ideias soltas;");  // "seeded" counts whatever its value
   EXPECT_EQ(each("dirty"), "2;");
 }
 
@@ -96,7 +96,7 @@ TEST_F(Schema, ThatCannotBeMadeIsAnErrorAndNotAHalfOpenStore) {
             "Erro no banco: no such column: value");
 }
 
-/// What each trigger does to the counter of changes and to the time of the last change of state.
+/// The effect of each trigger on the change counter and on the time of the last change of state.
 TEST_F(Schema, TriggersKeepTheBooksOfTheSynchroniser) {
   const auto books = [&] {
     return each(

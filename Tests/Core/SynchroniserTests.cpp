@@ -1,4 +1,4 @@
-// The synchroniser of the examples between two inboxes and one folder: the store's books as a
+// The example synchroniser between two inboxes and one folder: the store's change records as a
 // program uses them that may be killed.
 #include <unistd.h>
 
@@ -20,8 +20,8 @@ class Synchroniser : public tests::Inbox {
     other.run("ATTACH ? AS second", {SQLValue::text(secondFile)});
   }
 
-  /// What a run on an inbox says; absent when it does not do all that it has to, as one that is
-  /// killed after `life` seconds.
+  /// The output of a run on an inbox, killed after `life` seconds unless that is 0; absent if the
+  /// run did not succeed.
   std::optional<std::string> run(const path& inbox, double life = 0) const {
     std::string command = "'" TROVI_SYNCHRONISER "' " + inbox.string() + " " + shared.string();
     if (life > 0) command += "& sleep " + std::to_string(life) + "; kill -9 $!; wait $!";
@@ -32,8 +32,8 @@ class Synchroniser : public tests::Inbox {
     return std::string(std::istreambuf_iterator<char>(said), {});
   }
 
-  /// Two runs on each inbox must leave nothing to do, and both the same, down to the time of each
-  /// state.
+  /// After two runs on each inbox there must be nothing left to do, and both must be equal, down to
+  /// the time of each state.
   void expectInStep() {
     for (const path& inbox : {file, secondFile, file, secondFile}) EXPECT_TRUE(run(inbox));
     for (const path& inbox : {file, secondFile}) EXPECT_EQ(run(inbox), "");
@@ -51,7 +51,7 @@ class Synchroniser : public tests::Inbox {
 
 TEST_F(Synchroniser, CarriesMessagesStatesAndDeletionsAndLetsTheNewerStateWin) {
   for (const char* id : {"../é", "gone", "x"}) store.insert(someRecado(id));
-  store.setStatus("x", RecadoStatus::falhou);  // stays here
+  store.setStatus("x", RecadoStatus::falhou);  // not synchronised
   store.insert(someRecado(std::string(200, 'y')));
   EXPECT_EQ(run(file), "enviado: ../é Ligar para o João\nenviado: gone Ligar para o João\n");
   store.deleteRecado("x");
@@ -60,7 +60,7 @@ TEST_F(Synchroniser, CarriesMessagesStatesAndDeletionsAndLetsTheNewerStateWin) {
   EXPECT_EQ(second.recado("../é"), someRecado("../é"));
 
   store.claim({.id = "../é", .by = "A"});
-  usleep(2000);  // the clock of the file counts milliseconds
+  usleep(2000);  // SQLite's clock counts milliseconds
   second.resolve({.id = "../é", .result = "B"});
   store.deleteRecado("gone");
   second.claim({.id = "gone", .by = "B"});
@@ -70,7 +70,7 @@ TEST_F(Synchroniser, CarriesMessagesStatesAndDeletionsAndLetsTheNewerStateWin) {
   expectInStep();
   EXPECT_EQ(each("id || result || IFNULL(claimed_by, '')"), "../éB;");
 
-  shared = folder.path() / "another";  // a folder that knows nothing yet
+  shared = folder.path() / "another";  // still empty
   create_directory(shared);
   EXPECT_EQ(run(file), "enviado: ../é Ligar para o João\n");
 }

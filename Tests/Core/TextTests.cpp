@@ -34,7 +34,7 @@ TEST(Title, IsTheFirstSentenceAsItWasSpoken) {
 TEST(Title, CountsUserPerceivedCharacters) {
   for (const std::string character :
        {"a", "a\u0303", "👩\u200D👩\u200D👧\u200D👦", "🇧🇷", "👍🏽", "\u1100\u1161\u11A8", "\r\n"}) {
-    // Letters around it, since white space at the ends goes.
+    // Letters at both ends, since white space there is trimmed.
     const std::string sixty = std::string("a").append(repeated(character, 58)) + "b";
     expectTitles({{sixty, sixty}, {"a" + sixty, "aa" + repeated(character, 58) + "…"}});
   }
@@ -52,7 +52,7 @@ TEST(Title, IsCutBeforeItsLastSpace) {
        {". " + repeated("b", 70), "…"}});
 }
 
-/// `found` is the name that each of the transcripts mentions and its place in the list, or "-".
+/// Each transcript must mention `found`, a name and its index in the list, or nothing if it is "-".
 void expectMentioned(const std::string& found, const std::vector<std::string>& names,
                      const std::vector<std::string>& transcripts) {
   std::vector<Destino> destinos;
@@ -81,7 +81,7 @@ TEST(Mention, PrefersLongerNamesThenTheOrderOfTheList) {
   expectMentioned("Casa nova1", {"Casa", "Casa nova"}, {"vai pra casa nova"});
   expectMentioned("Obra0", {"Obra", "Casa"}, {"pra casa ou pra obra"});
   expectMentioned("CASA0", {"CASA", "casa"}, {"pra casa"});
-  // By characters and not by bytes, as stored and not as folded: 4, 5, and 4 again.
+  // In characters, not bytes, of the stored name, not the folded one: 4, 5, and 4 again.
   expectMentioned("Casas1", {"Ação", "Casas"}, {"pra ação ou pra casas"});
   expectMentioned("Obra0", {"Obra", "A\u0301c\u0327a\u0303o"}, {"pra acao ou pra obra"});
   expectMentioned("strasse1", {"Straße", "strasse"}, {"pra aaa ou pra strasse"});
@@ -94,7 +94,7 @@ TEST(Mention, NeverCutsACharacter) {
   expectMentioned("👍🏽0", {"👍🏽", "👍"}, {"pra 👍🏽"});
   expectMentioned("👩0", {"👩"}, {"pra 👩\u200D👧 e pra 👩"});
   expectMentioned("🇧🇷0", {"🇧🇷"}, {"pra 🇧🇷🇵🇹"});
-  expectMentioned("-", {"か", "ก"}, {"pra か\u3099", "pra กิ"});  // which composes, and does not
+  expectMentioned("-", {"か", "ก"}, {"pra か\u3099", "pra กิ"});  // only the first composes
   expectMentioned("กิ0", {"กิ"}, {"pra กิ"});
 }
 

@@ -8,7 +8,7 @@
 namespace trovi::fuzz {
 namespace {
 
-// What fuzzers started from, and what they found.
+// The inputs that fuzzers started from, and those that they found.
 TEST(Corpus, HoldsNoInputThatBreaksAPromise) {
   for (const auto& [name, run] :
        {std::pair{std::string("session"), &session}, {"jsonText", &jsonText}}) {

@@ -1,7 +1,8 @@
 #!/bin/sh
-# Installs the library of a build tree, moves it elsewhere, and builds and runs a stranger's
-# program on it: by CMake and by pkg-config. So too with the program in the library's README.
-# usage: stranger.sh BUILD-TREE WORK-FOLDER LIBDIR static|shared VERSION
+# Installs the library of a build tree, moves it elsewhere, and builds and runs a stranger's program
+# on it, with CMake and with pkg-config. Then does the same, with pkg-config only, for the program
+# in the library's README.
+# Usage: stranger.sh BUILD-TREE WORK-FOLDER LIBDIR static|shared VERSION
 set -eux
 tree=$1 work=$2 libdir=$3 flavour=$4 version=$5
 stranger=$(dirname "$0")/Stranger
@@ -10,7 +11,7 @@ rm -rf "$work"
 "$CMAKE" --install "$tree" --component TroviCore --prefix "$work/installed"
 mv "$work/installed" "$work/moved"
 if [ "$flavour" = shared ]; then
-  # The machine's own folder and the connection's insides are nobody's business.
+  # The platform layer and the inside of a connection must not be exported.
   nm -DC --defined-only "$work/moved/$libdir"/libTroviCore.* >"$work/symbols"
   grep -q 'TroviStore::recados' "$work/symbols"
   if grep -E 'platform::|Connection|sqlite3_|utf8proc_' "$work/symbols"; then exit 1; fi

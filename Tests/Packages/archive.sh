@@ -1,6 +1,6 @@
 #!/bin/sh
-# The archive may be unpacked anywhere, its executables need the C library alone, and its documents
-# agree with it.
+# The archive can be unpacked anywhere, its executables need only the C library, and its documents fit
+# it.
 . "$(dirname "$0")/support.sh"
 archive=$(package "$packages"/trovi-mcp-"$version"-*.tar.gz)
 

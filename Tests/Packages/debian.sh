@@ -1,5 +1,5 @@
 #!/bin/sh
-# The Debian packages need what they use and no more, and break no rule of Debian's.
+# The Debian packages depend on what they use and nothing else, and follow Debian's rules.
 . "$(dirname "$0")/support.sh"
 command -v lintian >/dev/null || skip "there is no lintian"
 server_package=$(package "$packages"/trovi-mcp_"$version"_*.deb)
@@ -10,7 +10,7 @@ field() { dpkg-deb -f "$1" "$2"; }
 [ "$(field "$library_package" Version)" = "$version" ]
 needs=$(field "$server_package" Depends)
 expr "$needs" : 'libc6 (>= [0-9.]*)$'
-if grep -q '^12' /etc/debian_version; then  # what is built here runs on somewhat older systems too
+if grep -q '^12' /etc/debian_version; then  # a build on Debian 12 runs on older systems too
   [ "$needs" = "libc6 (>= 2.35)" ]
 fi
 [ "$(field "$library_package" Depends)" = "libsqlite3-dev, libutf8proc-dev, uuid-dev" ]

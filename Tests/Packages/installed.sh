@@ -1,6 +1,6 @@
 #!/bin/sh
-# The Debian packages are installed into this system, used, and removed again. Only who asks for it,
-# as root, gets it.
+# Installs the Debian packages on this system, uses them, and removes them again. Runs only on
+# request, as root.
 . "$(dirname "$0")/support.sh"
 [ -n "${TROVI_INSTALL_PACKAGES-}" ] || skip "TROVI_INSTALL_PACKAGES=1 lets it install packages"
 server_package=$(package "$packages"/trovi-mcp_"$version"_*.deb)

@@ -1,4 +1,4 @@
-// What the tests of the real process say to it.
+// Helpers of the tests that talk to the real process.
 #pragma once
 
 #include <cstdlib>
@@ -15,7 +15,7 @@ namespace trovi::tests {
 inline constexpr const char* ping = R"({"id":"ping","method":"ping"})";
 inline constexpr const char* pong = R"({"jsonrpc":"2.0","id":"ping","result":{}})";
 
-/// A home for a server. It is this process's home too, so that `inbox` names the server's file.
+/// A home folder for a server. It is this process's home too, so `inbox` is the server's file.
 class Home {
  public:
   Home() { setenv("HOME", folder_.path().c_str(), 1); }
@@ -29,7 +29,7 @@ class Home {
   TemporaryFolder folder_;
 };
 
-/// The reply to a call that failed; `text` is as it stands inside JSON.
+/// The reply to a call that failed; `text` is already escaped for JSON.
 inline std::string failure(const std::string& text) {
   return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
          R"("}],"isError":true}})";
@@ -39,7 +39,7 @@ inline bool succeeded(const std::optional<std::string>& reply) {
   return reply && reply->ends_with(R"("isError":false}})");
 }
 
-/// The reply to `line`, if one comes. Either way the server must answer what follows.
+/// The reply to `line`, if there is one. In any case, the server must answer the next request.
 inline std::optional<std::string> ask(ServerProcess& server, std::string_view line) {
   server.send(line);
   server.send(ping);
@@ -52,7 +52,7 @@ inline std::optional<std::string> ask(ServerProcess& server, std::string_view li
 /// Waits for the server to answer, which it does once its inbox is open.
 inline void awaitStart(ServerProcess& server) { EXPECT_EQ(ask(server, ""), std::nullopt); }
 
-/// The end of the input must end the server, with nothing but `output` left of it.
+/// The server must exit when its input ends, with only `output` left to read.
 inline void expectCleanEnd(ServerProcess& server, const std::string& output = "") {
   server.closeInput();
   EXPECT_EQ(server.wait(), 0);

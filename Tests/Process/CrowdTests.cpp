@@ -1,4 +1,4 @@
-// Several servers and a recorder on one file, while servers are killed and started again.
+// Several servers and a recorder on one file, while servers are killed and restarted.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ TEST(Crowd, LosesAndDoublesNothing) {
   const Home home;
   TroviStore recorder(Home::inbox());
   for (int i = 0; i < 10; ++i) recorder.insert(someRecado(std::to_string(i)));
-  // Another program's book of every result that is committed.
+  // Another program's trigger that records every committed result.
   recorder.db().execute(
       "CREATE TABLE book(result UNIQUE); CREATE TRIGGER book AFTER UPDATE OF result ON recado "
       "BEGIN INSERT INTO book VALUES (NEW.id || ':' || NEW.result); END");
@@ -56,13 +56,13 @@ TEST(Crowd, LosesAndDoublesNothing) {
     booked.insert(row.stringValue("result").value());
   }
   EXPECT_TRUE(std::includes(booked.begin(), booked.end(), answered.begin(), answered.end()));
-  EXPECT_LE(booked.size(), answered.size() + rounds);  // what a killed server had in hand
+  EXPECT_LE(booked.size(), answered.size() + rounds);  // + what killed servers did not confirm
   const auto changes = recorder.db().query("SELECT sum(dirty - 2) AS n FROM recado");
   EXPECT_EQ(changes.at(0).intValue("n"), rounds + booked.size());
   expectSound(recorder.db());
 }
 
-/// Assistants start several servers at once where no inbox is yet, and kill some.
+/// Assistants start several servers at once when there is no inbox yet; one of them is killed.
 TEST(FirstStart, IsWholeForEveryServer) {
   for (int round = 0; round < 40; ++round) {
     const Home home;
@@ -76,7 +76,7 @@ TEST(FirstStart, IsWholeForEveryServer) {
       expectCleanEnd(server);
     }
     EXPECT_EQ(TroviStore(Home::inbox()).destinos().size(), 3U);
-    using Files = std::filesystem::directory_iterator;  // three, and a draft of the killed server's
+    using Files = std::filesystem::directory_iterator;  // three, and maybe the killed one's draft
     EXPECT_LE(std::distance(Files(Home::inbox().parent_path()), Files()), 4);
   }
 }

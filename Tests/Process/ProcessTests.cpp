@@ -1,5 +1,5 @@
-// The executable as a client meets it: bytes on pipes, a file that others use and break, too little
-// memory, and ends that come too early.
+// The executable as a client sees it: bytes on pipes, a file that others use and damage, too little
+// memory, and streams that end early.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -45,7 +45,7 @@ TEST(Bytes, AreOneLineForEachRequestAndNothingElse) {
 TEST(Bytes, PassPipesThatDoNotBlock) {
   const Home home;
   ServerProcess server({.home = home, .nonBlocking = true});
-  awaitStart(server);  // and so it has found its input empty
+  awaitStart(server);  // so it has found its input empty
   const std::string id = '"' + std::string(1'000'000, 'x') + '"';  // more than a pipe holds
   EXPECT_TRUE(ask(server, pingWith(id)) == pongWith(id));
   expectCleanEnd(server);
@@ -85,12 +85,12 @@ TEST(BadInput, IsAnsweredOrDroppedAndNeverEndsTheServer) {
   expectCleanEnd(server);
 }
 
-#if defined(__linux__) && !defined(TROVI_SANITIZED)  // others have no such limit, or need more
+#if defined(__linux__) && !defined(TROVI_SANITIZED)  // others lack the limit or need more
 TEST(Memory, ThatIsTooLittleCostsTheLineOrTheReplyAndNoMore) {
   const Home home;
   Home::fileOne();
   Database other(Home::inbox());
-  ServerProcess server({.home = home, .shell = "ulimit -v 65536"});  // of 1024 bytes
+  ServerProcess server({.home = home, .shell = "ulimit -v 65536"});  // units of 1024 bytes
   bool answered = false;
   std::optional<std::int64_t> stored;
   for (const std::int64_t megabytes : {1, 5, 9, 13, 15, 16, 17, 19}) {
@@ -142,9 +142,9 @@ TEST(Lock, OfMoreThanFourSecondsRefusesAClaimThatSucceedsLater) {
   const Home home;
   Home::fileOne();
   Database other(Home::inbox());
-  other.execute("BEGIN EXCLUSIVE");  // which only the write-ahead log lets readers pass
+  other.execute("BEGIN EXCLUSIVE");  // only write-ahead logging lets readers pass
   const std::string claim = toolCall("recado_claim", R"({"id":"A"})");
-  ServerProcess server({.home = home, .shell = "export XDG_DATA_HOME=/"});  // which is not read
+  ServerProcess server({.home = home, .shell = "export XDG_DATA_HOME=/"});  // ignored
   EXPECT_TRUE(succeeded(ask(server, toolCall("inbox_list", "{}"))));
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(ask(server, claim), failure("Erro no Trovi: Erro no banco: database is locked"));
@@ -171,10 +171,10 @@ TEST(End, ComesWhenNobodyReadsTheReplyOrWithTheInput) {
 //
 //     # comment
 //     ! SQL that another program runs on the inbox
-//     > a request line; without an answer below it, there must be none
-//     < the reply, compared as JSON; a tool's text stands as the JSON value that it spells
+//     > a request line; if no reply follows, the server must not send one
+//     < the reply, compared as JSON; a tool's text is written as the JSON value that it contains
 
-/// The reply with the JSON object that a tool's text spells in the text's place.
+/// The reply with a tool's text replaced by the JSON object that it contains.
 platform::JSONValue comparable(std::string reply) {
   const auto end = reply.find(R"(}],"isError":)");
   if (const auto start = reply.find(R"("text":")") + 7; end != std::string::npos) {

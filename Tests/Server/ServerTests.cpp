@@ -49,12 +49,12 @@ TEST(Rendering, RoundsHalvesAwayFromZeroAndTakesTheFirstOfTwoDestinations) {
   }
 }
 
-// A machine that fails under the server: it says so, keeps what it answered, and goes on.
+// When the machine fails, the server says so, keeps what it has confirmed, and goes on.
 
 using std::filesystem::perms;
 using tests::FaultyDisk;
 
-/// Whether the call succeeds; if not, it must tell the store's `message`.
+/// Whether the call succeeds; if not, it must report the store's `message`.
 bool call(Server& server, const std::string& tool, const std::string& message,
           const std::string& result = "feito") {
   const std::string text =
@@ -73,7 +73,7 @@ struct OneMessage {
   std::filesystem::path file = folder.path() / "trovi.sqlite";
 };
 
-/// One start, three calls and the next start, with a fault somewhere; returns whether it came.
+/// A start, three calls and the next start, with a fault somewhere; returns whether it occurred.
 bool goThrough(FaultyDisk& disk, const FaultyDisk::Fault& fault, const std::string& message,
                bool isFirstStart) {
   disk.breakWith({});
@@ -89,8 +89,8 @@ bool goThrough(FaultyDisk& disk, const FaultyDisk::Fault& fault, const std::stri
     call(*server, "inbox_list", message);
     claimed = call(*server, "recado_claim", message);
     resolved = call(*server, "recado_resolve", message);
-  } catch (const DatabaseError& error) {  // the end of the program, in one line
-    // A column that could not be added is missed by the next statement.
+  } catch (const DatabaseError& error) {  // the program would end here
+    // If a column could not be added, the next statement misses it.
     EXPECT_TRUE(error.description().ends_with(" banco: " + message) ||
                 error.description() == "Erro no banco: no such column: updated_at")
         << error.description();
@@ -103,7 +103,7 @@ bool goThrough(FaultyDisk& disk, const FaultyDisk::Fault& fault, const std::stri
   }
   TroviStore survivor(inbox.file);
   tests::expectSound(survivor.db());
-  EXPECT_GE(survivor.destinos().size(), 3U);  // some may have come twice
+  EXPECT_GE(survivor.destinos().size(), 3U);  // some may exist twice
   const auto found = survivor.recado("A");
   EXPECT_TRUE(found || isFirstStart);
   EXPECT_TRUE(!claimed || found->claimedBy == "IA");
@@ -147,7 +147,7 @@ TEST(ReadOnly, FileIsReadAndRefusesChanges) {
   const OneMessage inbox;
   permissions(inbox.folder.path(), perms::all);
   permissions(inbox.file, perms::owner_read | perms::group_read | perms::others_read);
-  const bool isRoot = geteuid() == 0;  // for whom modes do not count
+  const bool isRoot = geteuid() == 0;  // root ignores file modes
   const bool isAnyone = !isRoot || seteuid(65534) == 0;
   std::error_code unreachable;
   const bool reaches = isAnyone && exists(inbox.file, unreachable);

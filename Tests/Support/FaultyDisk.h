@@ -6,17 +6,16 @@
 
 namespace trovi::tests {
 
-/// The disk as SQLite sees it, in this process and while the object lives, on which one kind of
-/// operation can be made to fail. Nothing waits for the real disk. One object at a time, for one
-/// thread.
+/// While the object lives, one kind of SQLite's disk operations in this process can be made to
+/// fail. Nothing is synced to the real disk. One object at a time, on one thread.
 class FaultyDisk {
  public:
   enum class Operation { none, read, write, sync };
   struct Fault {
     Operation operation = Operation::none;
-    int code = SQLITE_OK;  ///< what SQLite is told
-    bool lasting = false;  ///< every operation from then on
-    int after = 0;         ///< so many operations of its kind succeed before
+    int code = SQLITE_OK;  ///< what SQLite gets
+    bool lasting = false;  ///< all later ones fail too
+    int after = 0;         ///< how many operations of this kind succeed first
   };
 
   FaultyDisk() {
@@ -37,9 +36,9 @@ class FaultyDisk {
   FaultyDisk(const FaultyDisk&) = delete;
   FaultyDisk& operator=(const FaultyDisk&) = delete;
 
-  /// Replaces the fault; one without an operation mends the disk.
+  /// Replaces the fault; one without an operation repairs the disk.
   void breakWith(const Fault& fault) { fault_ = fault; }
-  /// Whether the fault came, or how far off it is.
+  /// Whether the fault has occurred.
   bool hasBroken() const { return fault_.after < 0; }
 
  private:
@@ -47,7 +46,7 @@ class FaultyDisk {
     const sqlite3_io_methods* real;
   };
 
-  /// The same methods, with ours before those that can fail.
+  /// The same methods, with ours in front of those that can fail.
   const Methods* watched(const sqlite3_io_methods* real) {
     Methods& methods = methods_.try_emplace(real, Methods{*real, real}).first->second;
     methods.xRead = [](sqlite3_file* file, void* bytes, int size, sqlite3_int64 at) {

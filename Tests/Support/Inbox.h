@@ -19,11 +19,11 @@ inline Recado someRecado(const std::string& id, double createdAt = 1750255402.25
           .status = RecadoStatus::pendente};
 }
 
-/// A fresh inbox on a file in a folder of its own, and a second connection to the file: another
-/// program that looks into it, changes it and breaks it.
+/// A new inbox in a folder of its own, and a second connection to its file. It acts as another
+/// program that inspects, changes and breaks the file.
 class Inbox : public testing::Test {
  protected:
-  /// What `expression`, a text, is in each row: "first;second;". Absent values are left out of it.
+  /// The SQL `expression` as text for each row: "first;second;". Nulls are left out.
   std::string each(const std::string& expression, const std::string& from = "recado") {
     return other
         .query("SELECT IFNULL(group_concat(CAST(" + expression +
@@ -39,12 +39,12 @@ class Inbox : public testing::Test {
   Database other{file};
 };
 
-/// The file must be sound in SQLite's own eyes.
+/// Expects that SQLite finds no damage in the file.
 inline void expectSound(Database& db) {
   EXPECT_EQ(db.query("PRAGMA integrity_check").at(0).stringValue("integrity_check"), "ok");
 }
 
-/// The message of the DatabaseError that `work` throws; fails the test when it throws none.
+/// The message of the DatabaseError that `work` throws; fails the test if it throws none.
 template <class Work>
 std::string databaseError(Work&& work) {
   try {

@@ -13,7 +13,7 @@
 namespace trovi::tests {
 
 ServerProcess::ServerProcess(const Setting& setting) {
-  std::signal(SIGPIPE, SIG_IGN);  // a server that has gone shows in its exit status
+  std::signal(SIGPIPE, SIG_IGN);  // a server that has ended shows in its exit status
   std::array<int, 2> input{};
   std::array<int, 2> output{};
   if (!errors_ || pipe(input.data()) != 0 || pipe(output.data()) != 0) {
@@ -78,7 +78,7 @@ std::optional<std::string> ServerProcess::receive() {
 }
 
 void ServerProcess::kill() const {
-  if (process_ != 0) ::kill(process_, SIGKILL);  // 0 would mean this process's whole group
+  if (process_ != 0) ::kill(process_, SIGKILL);  // 0 would mean this process's group
 }
 
 int ServerProcess::wait() {

@@ -11,14 +11,14 @@
 
 namespace trovi::tests {
 
-/// The server as an assistant application runs it: a child process on pipes, with no more of an
-/// environment than a home and a path. It does not outlive the object. This process ignores SIGPIPE
-/// from the first object on.
+/// The server as an assistant application runs it: a child process on pipes, with nothing in its
+/// environment but a home and a path. It does not outlive the object. The first object makes this
+/// process ignore SIGPIPE.
 class ServerProcess {
  public:
   struct Setting {
     std::filesystem::path home;
-    std::string shell{};       ///< done by a shell that then becomes the server
+    std::string shell{};       ///< run by a shell that then becomes the server
     bool nonBlocking = false;  ///< its ends of standard input and output
   };
   explicit ServerProcess(const Setting& setting);
@@ -26,14 +26,13 @@ class ServerProcess {
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;
 
-  /// Hands over bytes as they are, without waiting for the server to take what is more than a pipe
-  /// holds.
+  /// Sends bytes unchanged. A thread sends large ones, so that a full pipe does not block the test.
   void sendBytes(const std::string& bytes);
   void send(std::string_view line) { sendBytes(std::string(line) + "\n"); }
-  /// Waits until the server has taken what was sent.
+  /// Waits until everything is sent, then ends the server's input.
   void closeInput();
 
-  /// The next line without its end; absent at the end of the output.
+  /// The next line without its terminator; absent at the end of the output.
   std::optional<std::string> receive();
   void closeOutput() { output_.reset(); }
 
@@ -41,13 +40,13 @@ class ServerProcess {
   /// The exit status, or minus the number of the signal that ended the process.
   int wait();
 
-  const std::string& standardOutput() const { return rest_; }  ///< what was not received
+  const std::string& standardOutput() const { return rest_; }  ///< what `wait` found unread
   std::string standardError() const;
 
  private:
   using File = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
 
-  pid_t process_ = 0;  ///< 0 once it has ended
+  pid_t process_ = 0;  ///< 0 after `wait`
   int input_ = -1;
   File output_{nullptr, &std::fclose};
   File errors_{std::tmpfile(), &std::fclose};

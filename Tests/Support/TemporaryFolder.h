@@ -6,7 +6,7 @@
 
 namespace trovi::tests {
 
-/// A folder of its own for one test, removed with everything in it.
+/// A new folder, removed with everything in it.
 class TemporaryFolder {
  public:
   TemporaryFolder() {

@@ -1,4 +1,4 @@
-// A program that knows nothing of the library but what is installed. Its argument is a new folder.
+// A program that uses only what the library installs. Its argument is a new folder.
 #include <TroviCore/Coding.h>
 #include <TroviCore/Paths.h>
 #include <TroviCore/Store.h>
@@ -10,7 +10,7 @@
 
 #include <unordered_set>
 
-/// An encoder of one's own: its class is derived across the border of the library.
+/// A custom encoder, whose base class is on the other side of the library's border.
 struct KeyCounter : trovi::KeyedEncoder {
   void encodeText(std::string_view, std::string_view) override { ++count; }
   void encodeInteger(std::string_view, std::int64_t) override { ++count; }

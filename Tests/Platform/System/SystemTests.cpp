@@ -1,4 +1,4 @@
-// What is asked of the machine: folders, lines, a queue for threads, the calendar.
+// What calls the operating system: folders, lines, a queue for threads, the calendar.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -34,7 +34,7 @@ TEST(Directories, FollowAnAbsoluteHomeAndNoOtherAndAreTheUsersAlone) {
   setenv("HOME", folder.path().c_str(), 1);
   const auto found = applicationSupportDirectory();
   EXPECT_EQ(found, folder.path().string() + below);
-  const mode_t mask = umask(0);  // no help from it
+  const mode_t mask = umask(0);  // it must not matter
   createDirectories(found / "Trovi");
   umask(mask);
   for (auto made = found / "Trovi"; made != folder.path(); made = made.parent_path()) {
@@ -54,7 +54,8 @@ std::array<int, 2> ends{};  // of a pipe
 volatile std::sig_atomic_t alarms = 0;
 volatile std::sig_atomic_t received = 0;
 
-/// The first alarms only interrupt what waits; then a line is there to read, and later some room.
+/// The first alarms only interrupt a blocking call. The fifth writes a line to read; those after
+/// the tenth make room in the pipe.
 void onAlarm(int /*signal*/) {
   const int before = errno;
   static std::array<char, 4096> bytes;
@@ -78,16 +79,16 @@ TEST(Lines, GoThroughThoughSignalsInterruptTheirWait) {
   write(ends[1], std::string(100'000, 'x'));  // more than a pipe holds
   const itimerval never{};
   setitimer(ITIMER_REAL, &never, nullptr);
-  for (int i = 0; i < 25; ++i) onAlarm(0);  // what is left
+  for (int i = 0; i < 25; ++i) onAlarm(0);  // reads the rest
   EXPECT_EQ(received, 100'000);
 }
 
-using Threads = std::vector<std::future<void>>;  // each is waited for at the end
+using Threads = std::vector<std::future<void>>;  // the destructor waits for each
 
 TEST(SerialQueue, RunsOnePieceOfWorkAtATimeInOrderOfArrival) {
   SerialQueue queue("test");
   EXPECT_THROW(queue.sync([] { throw std::runtime_error("no"); }), std::runtime_error);
-  std::vector<std::uint32_t> served;  // by nobody guarded but the queue
+  std::vector<std::uint32_t> served;  // guarded only by the queue
   std::vector<std::uint32_t> arrived;
   {
     Threads threads;

@@ -10,7 +10,7 @@
 namespace trovi::platform {
 namespace {
 
-/// `text` read and written again; absent when it is refused.
+/// `text` parsed and written again; absent if it is refused.
 std::optional<std::string> rewritten(const std::string& text) {
   const auto value = parseJSON("{\"v\":" + text + "}");
   if (!value) return {};
@@ -82,7 +82,7 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
 })");
 }
 
-#if defined(__linux__) && !defined(TROVI_SANITIZED)  // others have no such limit, or need more
+#if defined(__linux__) && !defined(TROVI_SANITIZED)  // others lack the limit or need more
 TEST(JSON, PrettyTextIsEmptyWithoutMemoryForIt) {
   JSONValue huge(std::string(1 << 20, 'x'));
   for (int i = 0; i < 10; ++i) huge = JSONArray{huge, huge};  // a gigabyte, once it is written
@@ -123,7 +123,7 @@ TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
   }
 }
 
-/// What an application has whose user writes numbers as in Brazil.
+/// The number format of an application in Brazil.
 struct DecimalComma : std::numpunct<char> {
   char do_decimal_point() const override { return ','; }
 };

@@ -11,7 +11,7 @@ namespace {
 
 using tests::repeated;
 
-/// "?" stands for each U+FFFD.
+/// In these texts, "?" means U+FFFD.
 TEST(Unicode, ReplacesEachMaximalIllFormedPartWhereverItStands) {
   const std::pair<std::string, std::string> cases[] = {
       {"\x80", "?"},
@@ -36,7 +36,7 @@ TEST(Unicode, ReplacesEachMaximalIllFormedPartWhereverItStands) {
     for (auto i = text.find('?'); i != std::string::npos; i = text.find('?')) {
       text.replace(i, 1, "\uFFFD");
     }
-    // At every distance from the borders of the blocks in which the bytes are looked at.
+    // At every offset from the boundaries of the blocks that are checked at once.
     for (std::size_t before = 0; before < 20; ++before) {
       for (const std::size_t after : {0U, 1U, 15U, 16U, 33U}) {
         for (const std::string left : {"", "ççççççççç"}) {
