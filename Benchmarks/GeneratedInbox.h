@@ -15,15 +15,15 @@ constexpr const char* commonWord = "porque";           ///< in most transcripts
 constexpr const char* rareWord = "jabuticaba";         ///< in the oldest one only
 constexpr const char* missingWord = "paralelepípedo";  ///< in none
 
-/// The number of pending messages in an inbox, the newest ones; the others are resolved. It is the
-/// largest limit of a list, so lists are full in inboxes of all sizes.
+/// The number of pending messages in an inbox, the newest ones; the others are resolved. No list is
+/// longer, so all are full in an inbox of any size.
 constexpr std::size_t waiting = 100;
 
 /// Message `number`, counted from the oldest: one to two kilobytes of spoken Portuguese, pending.
 Recado generatedRecado(std::size_t number);
 
-/// The user's inbox in its own home folder, with messages from number 0 on, filed under the
-/// destinations of a new inbox or under none. HOME is that folder until the next one is created.
+/// The user's inbox in a home folder of its own, with messages from number 0 on, filed under the
+/// destinations of a new inbox or under none. HOME is that folder until the next one is made.
 class GeneratedInbox {
  public:
   explicit GeneratedInbox(std::size_t size);

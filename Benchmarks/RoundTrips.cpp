@@ -2,8 +2,8 @@
 // Prints one line `operation,messages,microseconds` per median; report.py presents them.
 //
 // The inboxes take turns, so that other load on the machine affects all of them alike. A turn
-// starts a new server, since the system may keep one on an unfavourable processor, and makes one
-// call that is not counted.
+// starts a new server, since the system may keep one on a bad processor, and makes one call that is
+// not counted.
 #include <algorithm>
 #include <array>
 #include <chrono>

@@ -1,8 +1,7 @@
 // What a synchroniser does with an inbox, on two pages and with the public headers only. It keeps
-// the inbox in step with a folder of JSON documents, one per message. Any file synchroniser can
-// carry the folder to another machine with another inbox. The newer state of a message wins, and a
-// deletion is final. Later changes of content stay on their machine, as recordings and destinations
-// do.
+// the inbox in step with a folder of JSON documents, one per message, which any file synchroniser
+// can carry to another machine. The newer state of a message wins, and a deletion is final. Later
+// changes of content stay on their machine, as recordings and destinations do.
 //
 // It can be killed at any time and run again: a file appears complete or not at all, and a change
 // is marked as uploaded only when its file is there.
@@ -44,7 +43,7 @@ struct Document {
 bool fits(const std::string& id) { return id.size() <= 120; }
 
 /// Whether a message is synchronised. One that is being transcribed, or failed, concerns only the
-/// machine that has the recording.
+/// machine with the recording.
 bool travels(const Recado& recado) {
   return fits(recado.id) && recado.status != RecadoStatus::transcrevendo &&
          recado.status != RecadoStatus::falhou;
@@ -109,8 +108,7 @@ void takeOver(TroviStore& store, const Document& document) {
   const auto& [remote, updatedAt] = document;
   if (!travels(remote)) return;
   if (!store.recado(remote.id)) {
-    // One transaction: a program killed between the two statements would leave a message that looks
-    // new.
+    // One transaction, or a killed program could leave a message that looks new.
     store.db().execute("BEGIN IMMEDIATE");
     store.insert(remote);
     store.db().run("UPDATE recado SET updated_at = ?, dirty = 0 WHERE id = ?",

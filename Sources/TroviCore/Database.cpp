@@ -25,8 +25,7 @@ std::string readable(const char* message) {
   return message != nullptr ? platform::repairedUTF8(message) : "desconhecido";
 }
 
-/// SQLite's result code. The caller must check it: a text that SQLite cannot hold would be null in
-/// the statement.
+/// SQLite's result code; after an error, the parameter is null.
 int bind(sqlite3_stmt* statement, int index, const SQLValue& value) {
   if (const auto* text = value.asText()) {
     return sqlite3_bind_text(statement, index, text->c_str(), -1, SQLITE_TRANSIENT);
@@ -144,13 +143,12 @@ DatabaseError DatabaseError::query(const std::string& message) {
   return {Kind::query, "Erro no banco: " + message};
 }
 
-/// Hidden explicitly: a shared library would otherwise export its template instances, because the
-/// enclosing class is exported.
+/// Hidden, or a shared library would export its templates along with the enclosing class.
 class __attribute__((visibility("hidden"))) Database::Connection {
  public:
   Connection(const std::filesystem::path& path, const char* journal) {
-    // An absolute path, because SQLite takes "" for a temporary file, ":memory:" for a database in
-    // memory and "file:" for a URI.
+    // Absolute, since SQLite takes "" for a temporary file, ":memory:" for one in memory and
+    // "file:" for a URI.
     std::error_code noWorkingFolder;
     const auto absolute = std::filesystem::current_path(noWorkingFolder) / path;
     if (absolute.is_relative()) throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN));

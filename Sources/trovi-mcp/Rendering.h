@@ -9,8 +9,7 @@
 
 namespace trovi::mcp {
 
-/// A message with its destination's name and instruction, or with null if `destinos` does not
-/// contain the destination.
+/// A message with its destination's name and instruction, or null if `destinos` lacks it.
 platform::JSONObject json(Recado recado, const std::vector<Destino>& destinos);
 
 /// A destination's name and instruction.

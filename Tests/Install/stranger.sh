@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the library of a build tree, moves it elsewhere, and builds and runs a stranger's program
-# on it, with CMake and with pkg-config. Then does the same, with pkg-config only, for the program
-# in the library's README.
+# on it, with CMake and with pkg-config. The program in the library's README
+# uses pkg-config only.
 # Usage: stranger.sh BUILD-TREE WORK-FOLDER LIBDIR static|shared VERSION
 set -eux
 tree=$1 work=$2 libdir=$3 flavour=$4 version=$5

@@ -41,7 +41,7 @@ std::optional<std::string_view> LineReader::next() {
   }
 }
 
-/// Appends the result of one read to the buffer; false at the end of the input or after an error.
+/// Reads once more; false at the end of the input or on an error.
 bool LineReader::fill() {
   makeRoom();
   for (;;) {
@@ -54,8 +54,7 @@ bool LineReader::fill() {
   }
 }
 
-/// Moves the current line to the front of the buffer and makes room after it. If there is not
-/// enough memory, drops the line.
+/// Moves the current line to the front and makes room after it; drops it if memory runs out.
 void LineReader::makeRoom() {
   if (skipping_) begin_ = end_;
   if (begin_ > 0) {

@@ -8,8 +8,8 @@
 namespace trovi::platform {
 
 /// Runs one piece of work at a time, in order of arrival, each on its caller's thread while the
-/// others wait. Safe to use from any thread. Work that calls `sync` on its own queue would
-/// deadlock; instead, the program writes a message to standard error and aborts.
+/// others wait. Thread-safe. Work that calls `sync` on its own queue would deadlock; instead, the
+/// program writes a message to standard error and aborts.
 class SerialQueue {
  public:
   /// `label` names the queue in that message and must outlive the queue.

@@ -136,9 +136,9 @@ inline std::size_t plainPrefix(std::string_view text) {
   return i;
 }
 
-/// The length of a well-formed UTF-8 prefix of `text`, not always the longest. It consists of whole
-/// blocks of characters of one or two bytes, which is most of Portuguese text. No branch depends on
-/// where the accents are.
+/// The length of a well-formed UTF-8 prefix of `text`, not always the longest: whole blocks of
+/// characters of one or two bytes, most of Portuguese text. No branch depends on where the accents
+/// are.
 inline std::size_t latinPrefix(std::string_view text) {
   using namespace bytescan;
   if (text.size() <= blockSize || static_cast<unsigned char>(text[0]) >= 0x80) return 0;

@@ -30,8 +30,8 @@ void put(std::string& text, std::size_t at, std::size_t width, unsigned value) {
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-/// Removes one number per form from the front of `text`. In a form, "0" matches any digit, and
-/// every other character matches itself. Absent if `text` does not match.
+/// Removes a number for each form from the front of `text`. In a form, "0" matches any digit; other
+/// characters match themselves. Absent if `text` does not match.
 template <std::size_t count>
 std::optional<std::array<int, count>> fields(std::string_view& text,
                                              const std::array<std::string_view, count>& forms) {

@@ -49,8 +49,7 @@ char* putEscape(char* out, char c, const Escapes& escapes) {
   return out + escape.size;
 }
 
-/// Writes `text` with escapes and returns the end of what it wrote. Up to one block of bytes beyond
-/// that end may be overwritten.
+/// Writes `text` with escapes, and up to a block of bytes after them; returns their end.
 char* putEscaped(char* out, std::string_view text, const Escapes& escapes) {
   using namespace bytescan;
   const char* in = text.data();

@@ -8,9 +8,8 @@
 
 namespace trovi::platform {
 
-/// A growing text. `clear` keeps its memory unless that is huge, and no byte is touched before it
-/// is written. When memory runs out, throws std::bad_alloc; the text stays valid, but
-/// `appendEscaped` may have appended a part.
+/// A growing text. `clear` keeps its memory unless that is huge; no byte is touched before it is
+/// written. When memory runs out, throws std::bad_alloc; `appendEscaped` may have appended a part.
 class TextBuffer {
  public:
   TextBuffer() = default;

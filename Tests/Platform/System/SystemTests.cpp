@@ -54,8 +54,8 @@ std::array<int, 2> ends{};  // of a pipe
 volatile std::sig_atomic_t alarms = 0;
 volatile std::sig_atomic_t received = 0;
 
-/// The first alarms only interrupt a blocking call. The fifth writes a line to read; those after
-/// the tenth make room in the pipe.
+/// The first alarms only interrupt a blocking call. The fifth writes a line; those after the tenth
+/// make room in the pipe.
 void onAlarm(int /*signal*/) {
   const int before = errno;
   static std::array<char, 4096> bytes;

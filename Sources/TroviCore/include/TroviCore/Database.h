@@ -50,8 +50,7 @@ class TROVI_EXPORT SQLValue {
   /// @}
 
   /// @{
-  /// The value as one kind, or a null pointer if it is of another. The pointer refers to this
-  /// object.
+  /// The value as one kind, or a null pointer if it is of another. It points into this object.
   const std::string* asText() const {
     const auto* text = std::get_if<Text>(&content_);
     return text != nullptr ? &text->value : nullptr;
@@ -96,10 +95,9 @@ class TROVI_EXPORT Row {
 
   /// The text in a column.
   std::optional<std::string> stringValue(std::string_view column) const;
-  /// The number in a column; an integer becomes the nearest double.
+  /// An integer becomes the nearest double.
   std::optional<double> doubleValue(std::string_view name) const { return doubleAt(place(name)); }
-  /// The integer in a column. A real is truncated toward zero; absent if it is not finite or out of
-  /// range.
+  /// A real is truncated toward zero; absent if it is not finite or out of range.
   std::optional<std::int64_t> intValue(std::string_view column) const;
   /// An integer or real as seconds since 1970-01-01 00:00:00 UTC.
   std::optional<Date> dateValue(std::string_view column) const { return dateAt(place(column)); }
@@ -143,11 +141,11 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
 /// A connection to one SQLite file, with write-ahead logging, foreign keys on, and a busy timeout
 /// of 4 seconds for locks that other connections hold.
 ///
-/// Safe to use from any thread: statements run one at a time, each on its caller's thread, in order
-/// of arrival. Each statement is independent; there are no transactions except those that a script
-/// opens. Texts end at their first NUL, both when written and when read. Ill-formed UTF-8 is read
-/// as U+FFFD. A text that SQLite cannot hold is an error and is never stored as null. Nothing is
-/// cached, and the connection closes with the object.
+/// Thread-safe: statements run one at a time, each on its caller's thread, in order of arrival.
+/// Each statement is independent; there are no transactions except those that a script opens. Texts
+/// end at their first NUL in both directions, and ill-formed UTF-8 is read as U+FFFD. A text that
+/// SQLite cannot hold is an error and is never stored as null. Nothing is cached, and the
+/// connection closes with the object.
 class TROVI_EXPORT Database {
  public:
   /// Opens the file. A missing file is created for its user only (mode 0600); its folder must
@@ -167,8 +165,8 @@ class TROVI_EXPORT Database {
   /// statements the number means nothing. Throws DatabaseError.
   std::int64_t run(const std::string& sql, const std::vector<SQLValue>& parameters = {});
 
-  /// Runs the first statement of `sql` as `run` does and returns all its rows in order. Throws
-  /// DatabaseError.
+  /// Runs the first statement of `sql`, with parameters as in `run`, and returns all its rows in
+  /// order. Throws DatabaseError.
   std::vector<Row> query(const std::string& sql, const std::vector<SQLValue>& parameters = {});
 
  private:

@@ -13,8 +13,7 @@ namespace trovi {
 /// elsewhere; these names and "Audio" and "trovi.sqlite" never change.
 ///
 /// Each call creates the folders that it names if they are missing. A failure is not reported: it
-/// shows when something in them is opened. Safe to call from any thread while no thread changes
-/// HOME.
+/// shows when something in them is opened. Thread-safe while no thread changes HOME.
 struct TROVI_EXPORT TroviPaths {
   TroviPaths() = delete;
 

@@ -81,11 +81,11 @@ struct RemoteStatus {
 /// and no argument is validated. Unless stated otherwise, texts are compared by their bytes.
 /// Triggers in the file record changes for the synchroniser, whichever process makes them.
 ///
-/// A const operation only reads the file. Its result may differ each time, because other threads
-/// and programs change the file meanwhile.
+/// A const operation only reads the file, which other threads and programs may change between two
+/// reads.
 ///
-/// Safe to use from any thread; statements run one at a time (see Database). Statements of other
-/// threads or processes may run between those of one operation.
+/// Thread-safe; statements run one at a time (see Database). Statements of other threads or
+/// processes may run between those of one operation.
 class TROVI_EXPORT TroviStore {
  public:
   /// Opens the file and migrates it to the current schema: creates what is missing, adds the
@@ -138,13 +138,13 @@ class TROVI_EXPORT TroviStore {
   void setAudioPath(const std::string& id, const std::optional<std::string>& path);
 
   /// Makes a message `pego` if it is `pendente` or `pego`, and returns it as it is then: an UPDATE,
-  /// then a SELECT. Absent, with nothing changed, if the id is unknown or the message has another
-  /// status.
+  /// then a SELECT. Absent, with nothing changed, if the id is unknown or the status does not allow
+  /// it.
   std::optional<Recado> claim(const RecadoClaim& claim);
 
   /// Makes a message `resolvido` if it is `pendente`, `pego` or `resolvido`, and returns it as it
   /// is then: an UPDATE, then a SELECT. Absent, with nothing changed, if the id is unknown or the
-  /// message has another status. If there is no claim time, it is set to the current time.
+  /// status does not allow it. A missing claim time becomes the current time.
   std::optional<Recado> resolve(const RecadoResolution& resolution);
 
   /// Makes a message `pendente` again, whatever its status, and clears its claim and result.
@@ -182,8 +182,8 @@ class TROVI_EXPORT TroviStore {
   /// What a synchroniser needs to keep a remote copy up to date. Each message has a counter of
   /// local changes. Every change to its content or state increments the counter, except a change of
   /// the recording's path; 0 means uploaded. Each deleted message leaves its id. Nothing is locked
-  /// between calls: a message that changes during an upload stays marked. It is safe to repeat a
-  /// list of which only a part was processed.
+  /// between calls: a message that changes during an upload stays marked. A list that was processed
+  /// in part can be processed again.
   /// @{
 
   /// A message with local changes.
@@ -220,9 +220,9 @@ class TROVI_EXPORT TroviStore {
   void clearDeletions(const std::vector<std::string>& ids);
 
   /// Applies the remote state to a message that is `pendente`, `pego` or `resolvido`, if it is
-  /// newer than the local state. This does not count as a local change, and earlier local changes
-  /// stay marked for upload. False, with nothing changed, if the id is unknown, the message has
-  /// another status, or the remote state is not newer.
+  /// newer than the local state. This does not count as a local change, and earlier ones stay
+  /// marked for upload. False, with nothing changed, if the id is unknown, the status does not
+  /// allow it, or the remote state is not newer.
   bool applyRemoteStatus(const RemoteStatus& remote);
 
   /// @}

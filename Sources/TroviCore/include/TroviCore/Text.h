@@ -12,16 +12,16 @@
 
 namespace trovi {
 
-/// Functions on a transcript, stateless and safe to call from any thread. A character is a grapheme
-/// cluster, which a user perceives as one: a letter with its accents, a flag, a family emoji, CR
-/// LF. Transcripts may be any bytes: ill-formed UTF-8 counts as U+FFFD.
+/// Stateless, thread-safe functions on a transcript. A character is a grapheme cluster, which a
+/// user perceives as one: a letter with its accents, a flag, a family emoji, CR LF. Transcripts may
+/// be any bytes: ill-formed UTF-8 counts as U+FFFD.
 struct TROVI_EXPORT TroviText {
   TroviText() = delete;
 
   /// A title for the message: its first sentence that is not empty. A sentence ends before ".",
-  /// "!", "?" or a line feed. If it has more than 60 characters, it is cut before the last space
-  /// among the first 60, or after them if there is none, and "…" is appended. A transcript of only
-  /// white space gives "Recado sem fala"; one of only separators is its own title.
+  /// "!", "?" or a line feed. One of more than 60 characters is cut before the last space among the
+  /// first 60, or else after them, and "…" is appended. White space alone gives "Recado sem fala";
+  /// separators alone are their own title.
   static std::string titleFrom(std::string_view transcript);
 
   /// The destination that the speaker named: its name, ignoring case and accents, follows "pro ",
