@@ -8,7 +8,6 @@
 namespace trovi::benchmarks {
 namespace {
 
-/// Times `work` on one transcript.
 template <class Work>
 void onTranscript(benchmark::State& state, Work work) {
   const std::string transcript = generatedRecado(0).transcript;

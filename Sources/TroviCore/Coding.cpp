@@ -31,7 +31,6 @@ struct FieldEncoder {
   KeyedEncoder& to;
 };
 
-/// Fills each field from the document.
 struct FieldDecoder {
   void operator()(Key key, std::string& text) { text = from.decodeText(key); }
   void operator()(Key key, std::int64_t& integer) { integer = from.decodeInteger(key); }

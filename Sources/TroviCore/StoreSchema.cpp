@@ -87,7 +87,6 @@ void addColumn(Database& db, const char* statement) {
   }
 }
 
-/// A file that is removed at the end of its scope.
 struct TemporaryFile {
   ~TemporaryFile() {
     std::error_code leftBehind;

@@ -20,7 +20,6 @@ class Recados : public tests::Inbox {
   }
 };
 
-/// Within a minute of the current time.
 bool isNow(std::optional<Date> date) {
   return date && std::abs(secondsSince1970(now()) - secondsSince1970(*date)) < 60;
 }

@@ -129,7 +129,6 @@ class JSONObject {
   explicit JSONObject(std::vector<Member> members);
   JSONObject(std::initializer_list<Member> members) : JSONObject(std::vector<Member>(members)) {}
 
-  /// Reserves memory for this many members.
   void reserve(std::size_t count) { members_.reserve(count); }
 
   /// Adds a member, whose key must be new.
