@@ -100,7 +100,7 @@ TROVI_EXPORT std::string toJSON(const Recado& recado,
 /// CodingError.
 template <class Record>
 Record fromJSON(std::string_view /*text*/, JSONDates /*dates*/ = JSONDates::secondsSince1970) {
-  static_assert(isKnown<Record>, "fromJSON is there for Destino and Recado");
+  static_assert(isKnown<Record>, "fromJSON reads a Destino or a Recado");
 }
 template <>
 TROVI_EXPORT Destino fromJSON<Destino>(std::string_view text, JSONDates dates);

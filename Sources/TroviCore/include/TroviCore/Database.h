@@ -78,7 +78,8 @@ class TROVI_EXPORT SQLValue {
 /// One row of a result: a map from column name to value, copied freely. If columns have the same
 /// name, the last one counts. The rows of one result share their names.
 ///
-/// The accessors never throw and never convert between texts and numbers. A value that is missing,
+/// The accessors never convert between texts and numbers, and throw nothing but std::bad_alloc when
+/// they copy a text. A value that is missing,
 /// null or of another kind is absent, so that the caller can choose a default.
 class TROVI_EXPORT Row {
  public:
