@@ -30,3 +30,13 @@ quietly() {
 configured() {
   [ -f build/release/build.ninja ] || cmake --preset release -DBUILD_TESTING=OFF
 }
+
+# Prints the version in CMakeLists.txt.
+project_version() {
+  sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt
+}
+
+# sums FILE...: prints their SHA-256 checksums as sha256sum does, which macOS does not have.
+sums() {
+  if command -v sha256sum >/dev/null; then sha256sum "$@"; else shasum -a 256 "$@"; fi
+}

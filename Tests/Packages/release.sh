@@ -1,0 +1,34 @@
+#!/bin/sh
+# A release is whole and has the right checksums; a wrong tag, a gap, a double and a package that no
+# bill describes are refused.
+. "$(dirname "$0")/support.sh"
+for file in "$packages"/*.deb "$packages"/*.cdx.json; do fresh "$file" "$server"; done
+cd "$here/../.."
+[ -e .git ] || skip "this is not the sources' repository"
+
+# The packages of this machine, under the names of all machines.
+mkdir "$work/all"
+for file in "$packages"/*.*; do
+  for names in amd64:linux-x86_64 arm64:linux-aarch64 arm64:darwin-universal; do
+    cp "$file" "$work/all/$(echo "${file##*/}" |
+      sed "s/_[a-z0-9]*\.deb$/_${names%:*}.deb/; s/-linux-[a-z0-9_]*\./-${names#*:}./")"
+  done
+done
+gathers() { Scripts/gather "$work/all" "$work/$1"; }
+refuses() { if "$@"; then exit 1; fi; }
+
+gathers release
+(cd "$work/release" && $(command -v sha256sum || echo shasum -a 256) -c SHA256SUMS >../list)
+tar -tzf "$work/release/trovi-$version.tar.gz" "trovi-$version/CMakeLists.txt"
+
+refuses Scripts/notes "v$version.1"
+bundle=trovi-$version-darwin-universal.mcpb
+mv "$work/all/$bundle" "$work/kept"
+refuses gathers gap
+mkdir "$work/all/1" "$work/all/2"
+cp "$work/kept" "$work/all/1/$bundle"
+cp "$work/kept" "$work/all/2/$bundle"
+refuses gathers double
+rm "$work/all/2/$bundle"
+echo >>"$work/all/1/$bundle"
+refuses gathers other
