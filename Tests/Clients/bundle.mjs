@@ -4,7 +4,7 @@ import { execFileSync } from 'node:child_process';
 import { readFileSync } from 'node:fs';
 import { join } from 'node:path';
 import test from 'node:test';
-import { bundle, call, connect, folder, inbox, installed, version } from './support.mjs';
+import { call, connect, folder, inbox, installed, packaged as bundle, version } from './support.mjs';
 
 const mcpb = (...words) => execFileSync(process.execPath, [installed('mcpb'), ...words]);
 

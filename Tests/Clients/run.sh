@@ -1,6 +1,6 @@
 #!/bin/sh
 # Runs the tests in a file; skips them without Node or the clients.
-# Usage: run.sh FILE [BUNDLE SERVER]
+# Usage: run.sh FILE [PACKAGE SERVER]
 cd "$(dirname "$0")"
 . ../Support/skip.sh
 [ -z "${TROVI_SKIP_CLIENTS-}" ] || TROVI_SKIP_NOTHING=

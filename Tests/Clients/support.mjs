@@ -7,8 +7,8 @@ import { fileURLToPath } from 'node:url';
 import { Client } from '@modelcontextprotocol/sdk/client/index.js';
 import { StdioClientTransport } from '@modelcontextprotocol/sdk/client/stdio.js';
 
-const { TROVI_SERVER, TROVI_RECORDER, TROVI_VERSION, TROVI_BUNDLE } = process.env;
-export { TROVI_VERSION as version, TROVI_BUNDLE as bundle };
+const { TROVI_SERVER, TROVI_RECORDER, TROVI_VERSION, TROVI_PACKAGE } = process.env;
+export { TROVI_SERVER as server, TROVI_VERSION as version, TROVI_PACKAGE as packaged };
 
 /// The path of an npm program by its name.
 export const installed = (name) =>
