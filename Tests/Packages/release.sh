@@ -18,17 +18,18 @@ gathers() { Scripts/gather "$work/all" "$work/$1"; }
 refuses() { if "$@"; then exit 1; fi; }
 
 gathers release
-(cd "$work/release" && $(command -v sha256sum || echo shasum -a 256) -c SHA256SUMS >../list)
+cd "$work/release"
+$(command -v sha256sum || echo shasum -a 256) -c SHA256SUMS >"$work/right"
+[ "$(grep -c OK "$work/right")" = "$(ls | grep -cv SHA256SUMS)" ]
+cd - >/dev/null
 tar -tzf "$work/release/trovi-$version.tar.gz" "trovi-$version/CMakeLists.txt"
 
 refuses Scripts/notes "v$version.1"
-bundle=trovi-$version-darwin-universal.mcpb
-mv "$work/all/$bundle" "$work/kept"
-refuses gathers gap
-mkdir "$work/all/1" "$work/all/2"
-cp "$work/kept" "$work/all/1/$bundle"
-cp "$work/kept" "$work/all/2/$bundle"
+bundle=$work/all/trovi-$version-darwin-universal.mcpb
+echo >>"$bundle"
+refuses gathers unlike-its-bill
+mkdir "$work/all/again"
+cp "$bundle" "$work/all/again"
 refuses gathers double
-rm "$work/all/2/$bundle"
-echo >>"$work/all/1/$bundle"
-refuses gathers other
+rm -r "$bundle" "$work/all/again"
+refuses gathers gap
