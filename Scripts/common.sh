@@ -1,16 +1,22 @@
 # shellcheck shell=sh
-# Read by the other scripts, from anywhere, with their own arguments. The first comment of a script is
+# Read by the other scripts, from any folder, with their own arguments. The first comment of a script is
 # its help text.
 
 help=$(sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0")
 case ${1-} in
   -h | --help) printf '%s\n' "$help"; exit 0 ;;
 esac
-cd "$(dirname "$0")/.." || exit
+unset CDPATH
+cd -P "$(dirname "$0")/.." || exit
 
-# Ends the script because of arguments that it does not know.
+# A shell that is interrupted runs its EXIT trap only if it exits.
+trap 'exit 129' HUP
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
+# refuse [SENTENCE]: ends the script because of its arguments.
 refuse() {
-  printf '%s\n' "$help" >&2
+  printf '%s\n' "$@" "$help" >&2
   exit 2
 }
 
@@ -19,16 +25,32 @@ quietly() {
   printf '%s\n' "$1"
   shift
   chatter=$(mktemp)
+  # shellcheck disable=SC2094
+  exec 8>"$chatter" 9<"$chatter"
+  rm -f "$chatter"  # open as it is, it goes whatever happens
   status=0
-  "$@" >"$chatter" 2>&1 || status=$?
-  [ "$status" = 0 ] || cat "$chatter" >&2
-  rm -f "$chatter"
+  "$@" >&8 2>&1 8>&- 9<&- || status=$?
+  [ "$status" = 0 ] || cat <&9 >&2
+  exec 8>&- 9<&-
   return "$status"
+}
+
+# is_ours PRESET: whether its build is of the sources here, and not of a checkout that was moved or copied.
+is_ours() {
+  grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$1/CMakeCache.txt"
+}
+
+# configure PRESET [OPTION...]
+configure() {
+  fresh=
+  is_ours "$1" || fresh=--fresh
+  # shellcheck disable=SC2086
+  cmake $fresh --preset "$@"
 }
 
 # Configures the release build unless that has been done. Only Scripts/test needs GoogleTest.
 configured() {
-  [ -f build/release/build.ninja ] || cmake --preset release -DBUILD_TESTING=OFF
+  is_ours release || configure release -DBUILD_TESTING=OFF
 }
 
 # Prints the version in CMakeLists.txt.

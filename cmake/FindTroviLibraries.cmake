@@ -1,5 +1,5 @@
 # The libraries that the core calls, as imported targets Trovi::sqlite3, Trovi::utf8proc and
-# Trovi::uuid. Installed with the package: who links the static library links these too.
+# Trovi::uuid. Installed with the package: whoever links the static library links these too.
 
 include(FindPackageHandleStandardArgs)
 find_package(Threads QUIET)
