@@ -6,6 +6,7 @@ help=$(sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0")
 case ${1-} in
   -h | --help) printf '%s\n' "$help"; exit 0 ;;
 esac
+from=$PWD
 unset CDPATH
 cd -P "$(dirname "$0")/.." || exit
 
@@ -20,6 +21,14 @@ refuse() {
   exit 2
 }
 
+# absolute PATH: prints it, seen from where the caller is.
+absolute() {
+  case $1 in
+    /*) printf '%s\n' "$1" ;;
+    *) printf '%s\n' "$from/$1" ;;
+  esac
+}
+
 # quietly SENTENCE COMMAND...: prints the sentence; what the command prints is shown only if it fails.
 quietly() {
   printf '%s\n' "$1"
@@ -27,7 +36,7 @@ quietly() {
   chatter=$(mktemp)
   # shellcheck disable=SC2094
   exec 8>"$chatter" 9<"$chatter"
-  rm -f "$chatter"  # open as it is, it goes whatever happens
+  rm -f "$chatter"  # it stays open; an interruption leaves nothing behind
   status=0
   "$@" >&8 2>&1 8>&- 9<&- || status=$?
   [ "$status" = 0 ] || cat <&9 >&2

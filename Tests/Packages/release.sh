@@ -24,12 +24,14 @@ $(command -v sha256sum || echo shasum -a 256) -c SHA256SUMS >"$work/right"
 cd - >/dev/null
 tar -tzf "$work/release/trovi-$version.tar.gz" "trovi-$version/CMakeLists.txt"
 
-refuses Scripts/notes "v$version.1"
+refuses Scripts/notes "v$version.1" 2>"$work/why"
+grep -q "not v$version.1" "$work/why"
 bundle=$work/all/trovi-$version-darwin-universal.mcpb
-echo >>"$bundle"
-refuses gathers unlike-its-bill
 mkdir "$work/all/again"
 cp "$bundle" "$work/all/again"
 refuses gathers double
-rm -r "$bundle" "$work/all/again"
+rm -r "$work/all/again"
+echo >>"$bundle"
+refuses gathers unlike-its-bill
+rm "$bundle"
 refuses gathers gap
