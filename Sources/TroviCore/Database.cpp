@@ -2,7 +2,8 @@
 
 #include <sqlite3.h>
 
-#include "PrivateFile.h"
+#include "Directories.h"
+#include "NewPrivateFile.h"
 #include "SerialQueue.h"
 #include "Unicode.h"
 
@@ -21,7 +22,7 @@ using Statement = std::unique_ptr<sqlite3_stmt, Releaser<sqlite3_finalize>>;
 using Message = std::unique_ptr<char, Releaser<sqlite3_free>>;
 
 /// SQLite's message as valid UTF-8: it may quote damaged bytes of the file.
-std::string readable(const char* message) {
+std::string errorText(const char* message) {
   return message != nullptr ? platform::repairedUTF8(message) : "desconhecido";
 }
 
@@ -99,15 +100,30 @@ const SQLValue* Row::find(std::string_view column) const {
   return i > 0 ? &values_[i - 1] : nullptr;
 }
 
+std::vector<std::pair<std::string_view, const SQLValue*>> Row::columns() const {
+  std::vector<std::pair<std::string_view, const SQLValue*>> columns;
+  for (std::size_t i = 0; i < values_.size(); ++i) {
+    const std::string& name = (*names_)[i];
+    if (find(name) == &values_[i]) columns.emplace_back(name, &values_[i]);
+  }
+  return columns;
+}
+
 std::optional<std::string> Row::stringValue(std::string_view column) const {
   const SQLValue* value = find(column);
   const std::string* text = value != nullptr ? value->asText() : nullptr;
   return text != nullptr ? std::optional(*text) : std::nullopt;
 }
 
-std::optional<double> Row::doubleAt(std::size_t place) const {
-  if (place == 0) return {};
-  const SQLValue* value = &values_[place - 1];
+std::optional<std::string> Row::takeString(std::string_view column) {
+  const std::size_t i = place(column);
+  auto* text = i > 0 ? std::get_if<SQLValue::Text>(&values_[i - 1].content_) : nullptr;
+  return text != nullptr ? std::optional(std::move(text->value)) : std::nullopt;
+}
+
+std::optional<double> Row::doubleValue(std::string_view column) const {
+  const SQLValue* value = find(column);
+  if (value == nullptr) return {};
   if (const auto* real = value->asReal()) return *real;
   if (const auto* integer = value->asInteger()) return static_cast<double>(*integer);
   return {};
@@ -122,49 +138,51 @@ std::optional<std::int64_t> Row::intValue(std::string_view column) const {
   return static_cast<std::int64_t>(*real);
 }
 
-std::optional<Date> Row::dateAt(std::size_t place) const {
-  const auto seconds = doubleAt(place);
+std::optional<Date> Row::dateValue(std::string_view column) const {
+  const auto seconds = doubleValue(column);
   return seconds ? std::optional(dateSince1970(*seconds)) : std::nullopt;
 }
 
-std::optional<std::string> Row::takeAt(std::size_t place) {
-  auto* text = place > 0 ? std::get_if<SQLValue::Text>(&values_[place - 1].content_) : nullptr;
-  return text != nullptr ? std::optional(std::move(text->value)) : std::nullopt;
+DatabaseError::DatabaseError(Kind kind, const char* prefix, const std::string& message, int code)
+    : std::runtime_error(prefix + message),
+      kind_(kind),
+      code_(code),
+      prefixSize_(std::char_traits<char>::length(prefix)) {}
+
+DatabaseError DatabaseError::open(const std::string& message, int code) {
+  return {Kind::open, "Não abri o banco: ", message, code};
 }
 
-DatabaseError::DatabaseError(Kind kind, const std::string& description)
-    : std::runtime_error(description), kind_(kind) {}
-
-DatabaseError DatabaseError::open(const std::string& message) {
-  return {Kind::open, "Não abri o banco: " + message};
-}
-
-DatabaseError DatabaseError::query(const std::string& message) {
-  return {Kind::query, "Erro no banco: " + message};
+DatabaseError DatabaseError::query(const std::string& message, int code) {
+  return {Kind::query, "Erro no banco: ", message, code};
 }
 
 /// Hidden, or a shared library would export its templates along with the enclosing class.
 class __attribute__((visibility("hidden"))) Database::Connection {
  public:
-  Connection(const std::filesystem::path& path, const char* journal) {
+  explicit Connection(const std::filesystem::path& path) {
     // Absolute, since SQLite takes "" for a temporary file, ":memory:" for one in memory and
     // "file:" for a URI.
-    std::error_code noWorkingFolder;
-    const auto absolute = std::filesystem::current_path(noWorkingFolder) / path;
-    if (absolute.is_relative()) throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN));
-    platform::createPrivateFile(absolute);
+    const auto absolute = platform::absolutePath(path);
+    platform::NewPrivateFile file(absolute);
+    std::error_code ignored;
+    if (absolute.is_relative() || !exists(symlink_status(absolute, ignored))) {
+      throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN), SQLITE_CANTOPEN);
+    }
     sqlite3* opened = nullptr;
     const int code = sqlite3_open_v2(
         absolute.c_str(), &opened,
         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, nullptr);
     handle_.reset(opened);
     if (code != SQLITE_OK) {
-      throw DatabaseError::open(readable(opened != nullptr ? sqlite3_errmsg(opened) : nullptr));
+      if (opened == nullptr) throw DatabaseError::open(errorText(nullptr), code);
+      throw DatabaseError::open(errorText(sqlite3_errmsg(opened)),
+                                sqlite3_extended_errcode(opened));
     }
-    constexpr int patience = 4000;  // milliseconds
-    sqlite3_busy_timeout(opened, patience);
-    execute(journal);
+    sqlite3_busy_timeout(opened, static_cast<int>(busyTimeout.count()));
+    execute("PRAGMA journal_mode=WAL;");
     execute("PRAGMA foreign_keys=ON;");
+    file.keep();
   }
 
   void execute(const std::string& script) {
@@ -172,7 +190,7 @@ class __attribute__((visibility("hidden"))) Database::Connection {
       char* text = nullptr;
       const int code = sqlite3_exec(handle_.get(), script.c_str(), nullptr, nullptr, &text);
       const Message message(text);
-      if (code != SQLITE_OK) throw DatabaseError::query(readable(text));
+      if (code != SQLITE_OK) throw failure(text);
     });
   }
 
@@ -219,8 +237,9 @@ class __attribute__((visibility("hidden"))) Database::Connection {
     return statement;
   }
 
-  DatabaseError failure() const {
-    return DatabaseError::query(readable(sqlite3_errmsg(handle_.get())));
+  DatabaseError failure() const { return failure(sqlite3_errmsg(handle_.get())); }
+  DatabaseError failure(const char* message) const {
+    return DatabaseError::query(errorText(message), sqlite3_extended_errcode(handle_.get()));
   }
 
   Handle handle_;
@@ -228,11 +247,7 @@ class __attribute__((visibility("hidden"))) Database::Connection {
 };
 
 Database::Database(const std::filesystem::path& path)
-    : connection_(std::make_unique<Connection>(path, "PRAGMA journal_mode=WAL;")) {}
-
-Database::Database(const std::filesystem::path& path, Draft /*draft*/)
-    : connection_(std::make_unique<Connection>(
-          path, "PRAGMA synchronous=OFF; PRAGMA journal_mode=MEMORY;")) {}
+    : connection_(std::make_unique<Connection>(path)) {}
 
 Database::~Database() = default;
 

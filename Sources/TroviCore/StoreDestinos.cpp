@@ -12,12 +12,11 @@ ON CONFLICT(id) DO UPDATE SET name = excluded.name, instruction = excluded.instr
 }  // namespace
 
 Destino TroviStore::destinoFrom(Row row) {
-  const auto text = [&](std::string_view column) { return row.takeAt(row.place(column)); };
-  auto id = text("id");
+  auto id = row.takeString("id");
   return {.id = id ? *std::move(id) : newID(),
-          .name = text("name").value_or(""),
-          .instruction = text("instruction").value_or(""),
-          .colorHex = text("color").value_or("#FF6A1C"),
+          .name = row.takeString("name").value_or(""),
+          .instruction = row.takeString("instruction").value_or(""),
+          .colorHex = row.takeString("color").value_or("#FF6A1C"),
           .sort = row.intValue("sort").value_or(0)};
 }
 
@@ -35,13 +34,14 @@ std::vector<Destino> TroviStore::destinos() const {
   return destinos;
 }
 
-std::optional<Destino> TroviStore::destino(const std::optional<std::string>& id) const {
+std::optional<Destino> TroviStore::destino(std::optional<std::string_view> id) const {
   if (!id) return {};
-  const auto rows = db_.query("SELECT * FROM destino WHERE id = ?", {SQLValue::text(*id)});
+  const auto rows =
+      db_.query("SELECT * FROM destino WHERE id = ?", {SQLValue::text(std::string(*id))});
   return rows.empty() ? std::nullopt : std::optional(destinoFrom(rows.front()));
 }
 
-std::optional<Destino> TroviStore::destinoNamed(const std::string& name) const {
+std::optional<Destino> TroviStore::destinoNamed(std::string_view name) const {
   const std::string given = platform::repairedUTF8(name);
   const std::string wanted = platform::folded(platform::trimmedBlanks(given));
   for (Destino& destino : destinos()) {
@@ -50,9 +50,10 @@ std::optional<Destino> TroviStore::destinoNamed(const std::string& name) const {
   return {};
 }
 
-void TroviStore::deleteDestino(const std::string& id) {
-  db_.run("UPDATE recado SET destino_id = NULL WHERE destino_id = ?", {SQLValue::text(id)});
-  db_.run("DELETE FROM destino WHERE id = ?", {SQLValue::text(id)});
+void TroviStore::deleteDestino(std::string_view id) {
+  db_.run("UPDATE recado SET destino_id = NULL WHERE destino_id = ?",
+          {SQLValue::text(std::string(id))});
+  db_.run("DELETE FROM destino WHERE id = ?", {SQLValue::text(std::string(id))});
 }
 
 }  // namespace trovi

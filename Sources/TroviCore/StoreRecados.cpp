@@ -30,49 +30,35 @@ constexpr const char* updateReopened =
     R"(UPDATE recado SET status = 'pendente', claimed_by = NULL, claimed_at = NULL,
     result = NULL, resolved_at = NULL WHERE id = ?)";
 
-/// The columns of a message, in the order of its fields.
-constexpr std::array columns{"id",     "created_at",  "duration", "audio_path", "transcript",
-                             "title",  "destino_id",  "status",   "claimed_by", "claimed_at",
-                             "result", "resolved_at", "language"};
+SQLValue text(std::string_view value) { return SQLValue::text(std::string(value)); }
 
-Date orNow(std::optional<Date> date) { return date ? *date : now(); }
-
-SQLValue value(RecadoStatus status) { return SQLValue::text(std::string(rawValue(status))); }
+SQLValue value(RecadoStatus status) { return text(rawValue(status)); }
 
 SQLValue value(Date date) { return SQLValue::real(secondsSince1970(date)); }
 
 }  // namespace
 
-Recado TroviStore::recadoFrom(Row row) { return recadoFrom(row, placesOf(row)); }
-
-TroviStore::Places TroviStore::placesOf(const Row& row) {
-  Places places{};
-  for (std::size_t i = 0; i < places.size(); ++i) places[i] = row.place(columns[i]);
-  return places;
+Recado TroviStore::recadoFrom(Row row) {
+  const auto text = [&](std::string_view column) {
+    return row.takeString(column).value_or(std::string());
+  };
+  return {.id = text("id"),
+          .createdAt = row.dateValue("created_at").value_or(now()),
+          .duration = row.doubleValue("duration").value_or(0),
+          .audioPath = row.takeString("audio_path"),
+          .transcript = text("transcript"),
+          .title = text("title"),
+          .destinoID = row.takeString("destino_id"),
+          .status = fromRawValue<RecadoStatus>(text("status")).value_or(RecadoStatus::pendente),
+          .claimedBy = row.takeString("claimed_by"),
+          .claimedAt = row.dateValue("claimed_at"),
+          .result = row.takeString("result"),
+          .resolvedAt = row.dateValue("resolved_at"),
+          .language = row.takeString("language")};
 }
 
-Recado TroviStore::recadoFrom(Row& row, const Places& places) {
-  auto place = places.begin();
-  const auto optionalText = [&] { return row.takeAt(*place++); };
-  const auto text = [&] { return optionalText().value_or(std::string()); };
-  const auto date = [&] { return row.dateAt(*place++); };
-  return {.id = text(),
-          .createdAt = orNow(date()),
-          .duration = row.doubleAt(*place++).value_or(0),
-          .audioPath = optionalText(),
-          .transcript = text(),
-          .title = text(),
-          .destinoID = optionalText(),
-          .status = fromRawValue<RecadoStatus>(text()).value_or(RecadoStatus::pendente),
-          .claimedBy = optionalText(),
-          .claimedAt = date(),
-          .result = optionalText(),
-          .resolvedAt = date(),
-          .language = optionalText()};
-}
-
-std::optional<Recado> TroviStore::recado(const std::string& id) const {
-  auto rows = db_.query("SELECT * FROM recado WHERE id = ?", {SQLValue::text(id)});
+std::optional<Recado> TroviStore::recado(std::string_view id) const {
+  auto rows = db_.query("SELECT * FROM recado WHERE id = ?", {text(id)});
   return rows.empty() ? std::nullopt : std::optional(recadoFrom(std::move(rows.front())));
 }
 
@@ -101,11 +87,7 @@ std::vector<Recado> TroviStore::recados(const RecadoFilter& filter) const {
   auto rows = db_.query("SELECT * FROM recado " + conditions + " ORDER BY created_at DESC LIMIT ?",
                         parameters);
   recados.reserve(rows.size());
-  Places places{};
-  for (Row& row : rows) {
-    if (recados.empty()) places = placesOf(row);
-    recados.push_back(recadoFrom(row, places));
-  }
+  for (Row& row : rows) recados.push_back(recadoFrom(std::move(row)));
   return recados;
 }
 
@@ -143,13 +125,13 @@ void TroviStore::finishTranscription(const FinishedTranscription& finished) {
            value(RecadoStatus::pendente), SQLValue::text(finished.id)});
 }
 
-void TroviStore::setStatus(const std::string& id, RecadoStatus status,
+void TroviStore::setStatus(std::string_view id, RecadoStatus status,
                            const std::optional<std::string>& title) {
   if (title) {
     db_.run("UPDATE recado SET status = ?, title = ? WHERE id = ?",
-            {value(status), SQLValue::text(*title), SQLValue::text(id)});
+            {value(status), SQLValue::text(*title), text(id)});
   } else {
-    db_.run("UPDATE recado SET status = ? WHERE id = ?", {value(status), SQLValue::text(id)});
+    db_.run("UPDATE recado SET status = ? WHERE id = ?", {value(status), text(id)});
   }
 }
 
@@ -158,9 +140,8 @@ void TroviStore::setDestino(const RecadoFiling& filing) {
           {SQLValue::from(filing.destinoID), SQLValue::text(filing.id)});
 }
 
-void TroviStore::setAudioPath(const std::string& id, const std::optional<std::string>& path) {
-  db_.run("UPDATE recado SET audio_path = ? WHERE id = ?",
-          {SQLValue::from(path), SQLValue::text(id)});
+void TroviStore::setAudioPath(std::string_view id, const std::optional<std::string>& path) {
+  db_.run("UPDATE recado SET audio_path = ? WHERE id = ?", {SQLValue::from(path), text(id)});
 }
 
 std::optional<Recado> TroviStore::claim(const RecadoClaim& claim) {
@@ -178,14 +159,14 @@ std::optional<Recado> TroviStore::resolve(const RecadoResolution& resolution) {
   return changed > 0 ? recado(resolution.id) : std::nullopt;
 }
 
-void TroviStore::reopen(const std::string& id) { db_.run(updateReopened, {SQLValue::text(id)}); }
+void TroviStore::reopen(std::string_view id) { db_.run(updateReopened, {text(id)}); }
 
-void TroviStore::deleteRecado(const std::string& id) {
+void TroviStore::deleteRecado(std::string_view id) {
   if (const auto found = recado(id); found && found->audioPath) {
-    std::error_code leftBehind;  // no reason to keep the message: the file may be gone already
-    std::filesystem::remove(*found->audioPath, leftBehind);
+    std::error_code ignored;  // no reason to keep the message: the file may be gone already
+    std::filesystem::remove(*found->audioPath, ignored);
   }
-  db_.run("DELETE FROM recado WHERE id = ?", {SQLValue::text(id)});
+  db_.run("DELETE FROM recado WHERE id = ?", {text(id)});
 }
 
 }  // namespace trovi

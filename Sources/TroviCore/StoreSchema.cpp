@@ -3,7 +3,8 @@
 #include <array>
 #include <set>
 
-#include "PrivateFile.h"
+#include "Directories.h"
+#include "FolderLock.h"
 #include "TroviCore/Store.h"
 
 namespace trovi {
@@ -78,57 +79,72 @@ constexpr std::array seeds{
         "Rascunhe um PRD curto: problema, proposta, escopo, fora de escopo e perguntas em aberto."},
 };
 
-/// Ignores a failure: another process may have added the column after we looked. If the column is
-/// missing for any other reason, a later statement fails.
-void addColumn(Database& db, const char* statement) {
+void ignoringFailure(Database& db, const char* statement) {
   try {
     db.execute(statement);
   } catch (const DatabaseError&) {
   }
 }
 
-struct TemporaryFile {
-  ~TemporaryFile() {
-    std::error_code leftBehind;
-    std::filesystem::remove(path, leftBehind);
+constexpr const char* selectSeeded = "SELECT value FROM meta WHERE key = 'seeded'";
+
+bool isSeeded(Database& db) {
+  try {
+    return !db.query(selectSeeded).empty();
+  } catch (const DatabaseError&) {
+    return false;  // a new file has no such table
   }
-  std::filesystem::path path;
-};
+}
+
+/// Runs `work` with one commit: one flush to the disk for all its statements, and a program that is
+/// killed leaves none of them half-done. A failure rolls nothing back: what succeeded before stays.
+template <class Work>
+void inOneCommit(Database& db, const Work& work) {
+  db.execute("BEGIN IMMEDIATE;");
+  try {
+    work();
+  } catch (...) {
+    ignoringFailure(db, "COMMIT;");  // the first failure is the one to report
+    throw;
+  }
+  db.execute("COMMIT;");
+}
 
 }  // namespace
 
-TroviStore::TroviStore(const std::filesystem::path& path) : db_(made(path)) { migrate(); }
-
-TroviStore::TroviStore(const std::filesystem::path& path, Database::Draft draft)
-    : db_(path, draft) {
-  migrate();
-  db_.execute("PRAGMA journal_mode=WAL;");
-}
-
-/// If nothing is at `path`, creates a complete inbox there, in write-ahead log mode; others see it
-/// complete or not at all. If several programs do so, the first one wins. If the log of a deleted
-/// inbox is left, does nothing: SQLite would apply that log to the new file, but discards it if
-/// there is no file beside it. Failures are reported when the file is opened.
-const std::filesystem::path& TroviStore::made(const std::filesystem::path& path) {
-  const std::string place = path.c_str();
-  for (const char* part : {"", "-wal", "-journal"}) {
-    std::error_code unknown;
-    const auto status = std::filesystem::symlink_status(place + part, unknown);
-    if (status.type() != std::filesystem::file_type::not_found) return path;
+/// What holds while a file is opened and migrated: no other program does the same. This is the one
+/// wait that SQLite does not do, since its switch to write-ahead logging is refused at once while
+/// somebody else switches.
+struct TroviStore::Opening {
+  explicit Opening(const std::filesystem::path& given)
+      : path(platform::absolutePath(given)), lock(path.parent_path(), Database::busyTimeout) {
+    // The log of an inbox that was deleted. A program that has it open still must not share it with
+    // those that open the new inbox.
+    std::error_code ignored;
+    if (exists(symlink_status(path, ignored))) return;
+    for (const char* suffix : {"-wal", "-shm", "-journal"}) {
+      std::filesystem::remove(path.string() + suffix, ignored);
+    }
   }
-  const TemporaryFile draft{place + ".draft-" + newID()};
-  try {
-    { const TroviStore whole(draft.path, Database::Draft()); }  // and closed again
-    platform::publish(draft.path, place);
-  } catch (const DatabaseError&) {
+
+  std::filesystem::path path;
+  platform::FolderLock lock;
+};
+
+TroviStore::TroviStore(const std::filesystem::path& path) : TroviStore(Opening(path)) {}
+
+TroviStore::TroviStore(const Opening& opening) : db_(opening.path) {
+  if (isSeeded(db_)) {
+    migrate();
+  } else {
+    inOneCommit(db_, [this] { migrate(); });
   }
-  return path;
 }
 
 void TroviStore::migrate() {
   db_.execute(baseSchema);
   migrateSync();
-  if (!db_.query("SELECT value FROM meta WHERE key = 'seeded'").empty()) return;
+  if (!db_.query(selectSeeded).empty()) return;
   std::int64_t sort = 0;
   for (const Seed& seed : seeds) {
     saveDestino({.id = newID(),
@@ -145,14 +161,16 @@ void TroviStore::migrateSync() {
   for (Row& row : db_.query("PRAGMA table_info(recado)")) {
     if (auto name = row.stringValue("name")) columns.insert(*std::move(name));
   }
+  // Another program may have added a column after we looked. If it is missing for any other reason,
+  // a later statement fails.
   if (!columns.contains("updated_at")) {
-    addColumn(db_, "ALTER TABLE recado ADD COLUMN updated_at REAL;");
+    ignoringFailure(db_, "ALTER TABLE recado ADD COLUMN updated_at REAL;");
     db_.execute(
         "UPDATE recado SET updated_at = COALESCE(updated_at, resolved_at, claimed_at, "
         "created_at);");
   }
   if (!columns.contains("dirty")) {
-    addColumn(db_, "ALTER TABLE recado ADD COLUMN dirty INTEGER NOT NULL DEFAULT 1;");
+    ignoringFailure(db_, "ALTER TABLE recado ADD COLUMN dirty INTEGER NOT NULL DEFAULT 1;");
   }
   db_.execute(syncSchema);
 }

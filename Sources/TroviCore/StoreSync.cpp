@@ -41,7 +41,7 @@ std::vector<std::string> TroviStore::pendingDeletions(std::int64_t limit) const 
   std::vector<std::string> ids;
   for (Row& row : db_.query("SELECT id FROM recado_apagado ORDER BY deleted_at LIMIT ?",
                             {SQLValue::integer(limit)})) {
-    if (auto id = row.stringValue("id")) ids.push_back(*std::move(id));
+    if (auto id = row.takeString("id")) ids.push_back(*std::move(id));
   }
   return ids;
 }
@@ -62,17 +62,17 @@ bool TroviStore::applyRemoteStatus(const RemoteStatus& remote) {
   return changed > 0;
 }
 
-std::optional<std::string> TroviStore::meta(const std::string& key) const {
-  auto rows = db_.query("SELECT value FROM meta WHERE key = ?", {SQLValue::text(key)});
-  return rows.empty() ? std::nullopt : rows.front().stringValue("value");
+std::optional<std::string> TroviStore::meta(std::string_view key) const {
+  auto rows = db_.query("SELECT value FROM meta WHERE key = ?", {SQLValue::text(std::string(key))});
+  return rows.empty() ? std::nullopt : rows.front().takeString("value");
 }
 
-void TroviStore::setMeta(const std::string& key, const std::optional<std::string>& value) {
+void TroviStore::setMeta(std::string_view key, const std::optional<std::string>& value) {
   if (value) {
     db_.run("INSERT OR REPLACE INTO meta(key, value) VALUES (?, ?)",
-            {SQLValue::text(key), SQLValue::text(*value)});
+            {SQLValue::text(std::string(key)), SQLValue::text(*value)});
   } else {
-    db_.run("DELETE FROM meta WHERE key = ?", {SQLValue::text(key)});
+    db_.run("DELETE FROM meta WHERE key = ?", {SQLValue::text(std::string(key))});
   }
 }
 

@@ -19,13 +19,13 @@ class Connection : public testing::Test {
 
 TEST(Row, ConvertsBetweenNumbersButNeverBetweenNumbersAndTexts) {
   const Row row{{"sort", SQLValue::integer(3)},
-                {"duration", SQLValue::from(-2.9F)},
-                {"large integer", SQLValue::from(std::optional(std::int64_t{1} << 62 | 1))},
+                {"duration", SQLValue::real(-2.9)},
+                {"large integer", SQLValue::integer(std::int64_t{1} << 62 | 1)},
                 {"least", SQLValue::real(-0x1p63)},
                 {"large", SQLValue::real(0x1p63)},
                 {"none", SQLValue::real(NAN)},
                 {"created_at", SQLValue::text("17")},
-                {"result", SQLValue::from(std::nullopt)}};
+                {"result", SQLValue::from(std::optional<Date>())}};
   EXPECT_EQ(row.dateValue("sort"), dateSince1970(3));
   EXPECT_FALSE(row.stringValue("sort"));
   EXPECT_EQ(row.intValue("duration"), -2);
@@ -75,6 +75,11 @@ TEST_F(Connection, ReadsEveryKindOfValueOfAForeignHand) {
   EXPECT_TRUE(rows.at(0).find("blob")->isNull());
   EXPECT_EQ(rows[0].stringValue("broken"), "a\uFFFDb");
   EXPECT_EQ(rows[0].stringValue("twice"), "two");
+  std::string columns;
+  for (const auto& [name, value] : rows[0].columns()) {
+    columns.append(name).append(value->asText() != nullptr ? " text;" : " none;");
+  }
+  EXPECT_EQ(columns, "blob none;broken text;twice text;empty text;");
   EXPECT_EQ(rows[0].stringValue("empty"), "");
   EXPECT_EQ(rows.at(1).intValue("empty"), 5);
 }
@@ -93,9 +98,32 @@ TEST_F(Connection, OpensAFileAndNoURIAndNoMemory) {
     EXPECT_TRUE(std::filesystem::exists(folder.path() / name)) << name;
   }
   std::filesystem::current_path(before);
-  for (const auto& none : {folder.path() / "missing" / "a.sqlite", folder.path()}) {
-    EXPECT_EQ(databaseError([&] { Database opened(none); }),
-              "Não abri o banco: unable to open database file");
+}
+
+TEST_F(Connection, SaysWhatFailedInWordsAndInNumbersAndLeavesNoNewFile) {
+  const auto deep = folder.path() / std::string(250, 'a') / std::string(250, 'b');
+  create_directories(deep);
+  for (const auto& none : {folder.path() / "missing" / "a.sqlite", folder.path(), deep / "long"}) {
+    try {
+      Database opened(none);
+      ADD_FAILURE() << none;
+    } catch (const DatabaseError& error) {
+      EXPECT_EQ(error.description(), "Não abri o banco: unable to open database file");
+      EXPECT_EQ(error.message(), "unable to open database file");
+      EXPECT_EQ(error.kind(), DatabaseError::Kind::open);
+      EXPECT_EQ(error.code() & 0xFF, 14);
+    }
+  }
+  EXPECT_TRUE(is_empty(deep));
+  db.execute("CREATE TABLE a(x PRIMARY KEY); INSERT INTO a VALUES (1)");
+  const std::string again = "INSERT INTO a VALUES (1)";
+  for (const bool asScript : {false, true}) {
+    try {
+      asScript ? db.execute(again) : void(db.run(again));
+      ADD_FAILURE() << "inserted again";
+    } catch (const DatabaseError& error) {
+      EXPECT_EQ(error.code(), 1555);  // SQLITE_CONSTRAINT_PRIMARYKEY
+    }
   }
 }
 

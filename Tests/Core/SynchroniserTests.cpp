@@ -101,7 +101,7 @@ TEST_F(Synchroniser, LosesAndDoublesNothingWhenItIsKilled) {
   }
   expectInStep();
   EXPECT_EQ(second.recado("a")->result, std::to_string(runs));
-  EXPECT_EQ(second.recados({}).size(), static_cast<std::size_t>(1 + 2 * runs));
+  EXPECT_EQ(second.recados({.limit = -1}).size(), static_cast<std::size_t>(1 + 2 * runs));
 }
 
 }  // namespace

@@ -160,26 +160,5 @@ TEST(ReadOnly, FileIsReadAndRefusesChanges) {
   if (!reaches) GTEST_SKIP() << "there is nobody else here to try it";
 }
 
-TEST(Migration, LeavesAColumnToAProgramThatIsFaster) {
-  const tests::TemporaryFolder folder;
-  Database other(folder.path() / "trovi.sqlite");
-  static Database* faster = nullptr;
-  faster = &other;
-  const auto watch = [](sqlite3* connection, char**, const sqlite3_api_routines*) {
-    const auto onStatement = [](unsigned, void*, void*, void* sql) {
-      const std::string text = static_cast<const char*>(sql);
-      if (text.starts_with("ALTER")) faster->execute(text);
-      return 0;
-    };
-    return sqlite3_trace_v2(connection, SQLITE_TRACE_STMT, onStatement, nullptr);
-  };
-  sqlite3_auto_extension(reinterpret_cast<void (*)()>(+watch));
-  TroviStore store(folder.path() / "trovi.sqlite");
-  sqlite3_reset_auto_extension();
-  faster = nullptr;
-  EXPECT_EQ(store.db().query("SELECT updated_at, dirty FROM recado").size(), 0U);
-  EXPECT_EQ(store.destinos().size(), 3U);
-}
-
 }  // namespace
 }  // namespace trovi::mcp

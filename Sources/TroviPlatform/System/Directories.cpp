@@ -7,10 +7,18 @@
 #include <cstdlib>
 #include <vector>
 
-#include "UserData.h"
-
 namespace trovi::platform {
 namespace {
+
+#ifdef __APPLE__
+constexpr const char* applicationSupport = "Library/Application Support";
+constexpr bool newFoldersArePrivate = false;  // Library itself is
+#else
+// XDG_DATA_HOME is ignored. An assistant application starts the server with a reduced environment,
+// so only the recorder would see the variable, and the two would open different inboxes.
+constexpr const char* applicationSupport = ".local/share";
+constexpr bool newFoldersArePrivate = true;
+#endif
 
 /// HOME if it is an absolute path, else the home folder in the user database, else "/".
 std::filesystem::path homeDirectory() {
@@ -25,16 +33,21 @@ std::filesystem::path homeDirectory() {
 
 }  // namespace
 
-std::filesystem::path applicationSupportDirectory() {
-  return homeDirectory() / applicationSupportBelowHome;
-}
+std::filesystem::path applicationSupportDirectory() { return homeDirectory() / applicationSupport; }
 
 void createDirectories(const std::filesystem::path& directory) {
+  constexpr mode_t mode = newFoldersArePrivate ? S_IRWXU : S_IRWXU | S_IRWXG | S_IRWXO;
   std::filesystem::path made;
   for (const auto& part : directory) {
     made /= part;
-    ::mkdir(made.c_str(), static_cast<mode_t>(newDirectoryMode));
+    const bool isNew = ::mkdir(made.c_str(), mode) == 0;
+    if (isNew && newFoldersArePrivate) ::chmod(made.c_str(), mode);  // despite the umask
   }
+}
+
+std::filesystem::path absolutePath(const std::filesystem::path& path) {
+  std::error_code ignored;
+  return std::filesystem::current_path(ignored) / path;
 }
 
 }  // namespace trovi::platform

@@ -34,7 +34,7 @@ TEST(Directories, FollowAnAbsoluteHomeAndNoOtherAndAreTheUsersAlone) {
   setenv("HOME", folder.path().c_str(), 1);
   const auto found = applicationSupportDirectory();
   EXPECT_EQ(found, folder.path().string() + below);
-  const mode_t mask = umask(0);  // it must not matter
+  const mode_t mask = umask(mode == 0700 ? 0777 : 0);  // it must not matter
   createDirectories(found / "Trovi");
   umask(mask);
   for (auto made = found / "Trovi"; made != folder.path(); made = made.parent_path()) {

@@ -2,7 +2,8 @@
 /// SQLite in four types: a value, a row, an error and a connection.
 #pragma once
 
-#include <concepts>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <initializer_list>
@@ -33,20 +34,10 @@ class TROVI_EXPORT SQLValue {
   /// @}
 
   /// @{
-  /// The value, or null if it is absent. An integer becomes `integer`; a date becomes `real`, in
-  /// seconds since 1970.
+  /// The value, or null if it is absent. A date becomes `real`, in seconds since 1970.
   static SQLValue from(std::optional<std::string> value);
   static SQLValue from(std::optional<double> value);
   static SQLValue from(std::optional<Date> value);
-  static SQLValue from(std::nullopt_t /*absent*/) { return null(); }
-  static SQLValue from(std::floating_point auto value) { return real(value); }
-  static SQLValue from(std::integral auto value) {
-    return integer(static_cast<std::int64_t>(value));
-  }
-  template <std::integral Integer>
-  static SQLValue from(std::optional<Integer> value) {
-    return value ? from(*value) : null();
-  }
   /// @}
 
   /// @{
@@ -78,9 +69,9 @@ class TROVI_EXPORT SQLValue {
 /// One row of a result: a map from column name to value, copied freely. If columns have the same
 /// name, the last one counts. The rows of one result share their names.
 ///
-/// The accessors never convert between texts and numbers, and throw nothing but std::bad_alloc when
-/// they copy a text. A value that is missing,
-/// null or of another kind is absent, so that the caller can choose a default.
+/// The accessors never convert between texts and numbers, and throw nothing but std::bad_alloc. A
+/// value that is missing, null or of another kind is absent, so that the caller can choose a
+/// default.
 class TROVI_EXPORT Row {
  public:
   using Names = std::vector<std::string>;  ///< of the columns, in order
@@ -93,33 +84,43 @@ class TROVI_EXPORT Row {
 
   /// The value of a column, which may be null; a null pointer if the row has no such column.
   const SQLValue* find(std::string_view column) const;
+  /// All names and values in the order of the columns. They point into the row.
+  std::vector<std::pair<std::string_view, const SQLValue*>> columns() const;
 
   /// The text in a column.
   std::optional<std::string> stringValue(std::string_view column) const;
+  /// The same, moved out of the row, which keeps an unspecified text.
+  std::optional<std::string> takeString(std::string_view column);
   /// An integer becomes the nearest double.
-  std::optional<double> doubleValue(std::string_view name) const { return doubleAt(place(name)); }
+  std::optional<double> doubleValue(std::string_view column) const;
   /// A real is truncated toward zero; absent if it is not finite or out of range.
   std::optional<std::int64_t> intValue(std::string_view column) const;
   /// An integer or real as seconds since 1970-01-01 00:00:00 UTC.
-  std::optional<Date> dateValue(std::string_view column) const { return dateAt(place(column)); }
+  std::optional<Date> dateValue(std::string_view column) const;
 
  private:
-  friend class TroviStore;
-
-  /// The index of the last column with this name, plus one; 0 if there is none. It is the same in
-  /// all rows of a result.
+  /// The index of the last column with this name, plus one; 0 if there is none.
   std::size_t place(std::string_view column) const;
-  std::optional<double> doubleAt(std::size_t place) const;
-  std::optional<Date> dateAt(std::size_t place) const;
-  /// Moves the text out, which leaves an unspecified one.
-  std::optional<std::string> takeAt(std::size_t place);
 
   std::shared_ptr<const Names> names_;
   std::vector<SQLValue> values_;
 };
 
 /// The error of the storage layer. what() is its description: a fixed Portuguese prefix and
-/// SQLite's own message.
+/// SQLite's own message. Its code says what a program can do about it; of the common ones, the low
+/// byte (`code() & 0xFF`) is
+///
+/// | code | SQLite's name     | meaning                                                           |
+/// |-----:|-------------------|-------------------------------------------------------------------|
+/// |    5 | SQLITE_BUSY       | another program held a lock for longer than the busy timeout      |
+/// |    7 | SQLITE_NOMEM      | not enough memory                                                 |
+/// |    8 | SQLITE_READONLY   | the file or its folder must not be written                        |
+/// |   10 | SQLITE_IOERR      | the disk failed, or is full                                       |
+/// |   11 | SQLITE_CORRUPT    | the file is damaged                                               |
+/// |   13 | SQLITE_FULL       | the disk is full                                                  |
+/// |   14 | SQLITE_CANTOPEN   | the file, or one beside it, cannot be opened                      |
+/// |   19 | SQLITE_CONSTRAINT | a constraint of the table, such as an id that is taken            |
+/// |   26 | SQLITE_NOTADB     | the file is no SQLite database                                    |
 class TROVI_EXPORT DatabaseError : public std::runtime_error {
  public:
   /// What failed.
@@ -127,20 +128,26 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
     open,   ///< the file could not be opened
     query,  ///< a statement failed
   };
-  static DatabaseError open(const std::string& message);   ///< "Não abri o banco: " + message
-  static DatabaseError query(const std::string& message);  ///< "Erro no banco: " + message
+  /// "Não abri o banco: " + message
+  static DatabaseError open(const std::string& message, int code = 0);
+  /// "Erro no banco: " + message
+  static DatabaseError query(const std::string& message, int code = 0);
 
   Kind kind() const noexcept { return kind_; }        ///< what failed
+  int code() const noexcept { return code_; }         ///< SQLite's extended result code, or 0
   std::string description() const { return what(); }  ///< for display to the user
+  std::string message() const { return what() + prefixSize_; }  ///< without the prefix
 
  private:
-  DatabaseError(Kind kind, const std::string& description);
+  DatabaseError(Kind kind, const char* prefix, const std::string& message, int code);
 
   Kind kind_;
+  int code_;
+  std::size_t prefixSize_;
 };
 
 /// A connection to one SQLite file, with write-ahead logging, foreign keys on, and a busy timeout
-/// of 4 seconds for locks that other connections hold.
+/// for locks that other connections hold.
 ///
 /// Thread-safe: statements run one at a time, each on its caller's thread, in order of arrival.
 /// Each statement is independent; there are no transactions except those that a script opens. Texts
@@ -149,8 +156,11 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
 /// connection closes with the object.
 class TROVI_EXPORT Database {
  public:
+  /// How long a statement waits for a lock before it fails.
+  static constexpr std::chrono::milliseconds busyTimeout{4000};
+
   /// Opens the file. A missing file is created for its user only (mode 0600); its folder must
-  /// exist. Throws DatabaseError.
+  /// exist. Throws DatabaseError, and leaves no new file then.
   explicit Database(const std::filesystem::path& path);
   ~Database();
   Database(const Database&) = delete;
@@ -171,11 +181,6 @@ class TROVI_EXPORT Database {
   std::vector<Row> query(const std::string& sql, const std::vector<SQLValue>& parameters = {});
 
  private:
-  friend class TroviStore;
-  /// A file that nobody else knows yet: it has no journal file and does not wait for the disk.
-  struct Draft {};
-  Database(const std::filesystem::path& path, Draft draft);
-
   class Connection;
   std::unique_ptr<Connection> connection_;
 };

@@ -2,13 +2,13 @@
 /// The inbox. In the structures that its operations take, fields without a default are required.
 #pragma once
 
-#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -25,7 +25,7 @@ struct RecadoFilter {
   /// A text that occurs in the transcript, the title or the result. ASCII letters match in either
   /// case; "%" and "_" are wildcards. A text of only blanks is no condition.
   std::optional<std::string> search{};
-  std::int64_t limit = -1;  ///< at most this many; negative: all
+  std::int64_t limit;  ///< at most this many; negative: all
 };
 
 /// Who claims which message.
@@ -58,19 +58,19 @@ struct RecadoFiling {
 
 /// A message that the remote copy now has as it was in `version`.
 struct UploadedVersion {
-  std::string id;            ///< of the message
-  std::int64_t version = 0;  ///< as `TroviStore::pendingUploads` returned it
+  std::string id;        ///< of the message
+  std::int64_t version;  ///< as `TroviStore::pendingUploads` returned it
 };
 
 /// The state of a message in the remote copy. An absent field clears the local one.
 struct RemoteStatus {
-  std::string id;                                ///< of the message
-  RecadoStatus status = RecadoStatus::pendente;  ///< its status there
-  std::optional<std::string> claimedBy{};        ///< who claimed or resolved it
-  std::optional<Date> claimedAt{};               ///< when it was claimed
-  std::optional<std::string> result{};           ///< what was done
-  std::optional<Date> resolvedAt{};              ///< when it was resolved
-  double updatedAt = 0;                          ///< time of this state, seconds since 1970
+  std::string id;                          ///< of the message
+  RecadoStatus status;                     ///< its status there
+  std::optional<std::string> claimedBy{};  ///< who claimed or resolved it
+  std::optional<Date> claimedAt{};         ///< when it was claimed
+  std::optional<std::string> result{};     ///< what was done
+  std::optional<Date> resolvedAt{};        ///< when it was resolved
+  double updatedAt;                        ///< time of this state, seconds since 1970
 };
 
 /// The inbox in one SQLite file, shared with any other process that has the file open.
@@ -93,9 +93,10 @@ class TROVI_EXPORT TroviStore {
   /// destinations once in the life of a file. The folder must exist. Throws DatabaseError; the
   /// steps before the failure stay applied, and the next open continues from there.
   ///
-  /// A missing file is created under another name, "….draft-" and a UUID, and appears complete, if
-  /// the file system has hard links. A program that is killed meanwhile may leave a draft behind;
-  /// nothing reads it, and it can be deleted.
+  /// Programs that open an inbox at the same time wait for each other, at most for
+  /// `Database::busyTimeout`. A new file gets its schema and its destinations with one commit. If
+  /// there is no file, what a deleted one left beside it (`-wal`, `-shm`, `-journal`) is removed
+  /// first.
   explicit TroviStore(const std::filesystem::path& path);
 
   Database& db() { return db_; }  ///< the store's connection, valid as long as the store
@@ -108,7 +109,7 @@ class TROVI_EXPORT TroviStore {
   static Recado recadoFrom(Row row);
 
   /// The message with this id.
-  std::optional<Recado> recado(const std::string& id) const;
+  std::optional<Recado> recado(std::string_view id) const;
 
   /// The messages that meet all conditions, newest first.
   std::vector<Recado> recados(const RecadoFilter& filter) const;
@@ -127,7 +128,7 @@ class TROVI_EXPORT TroviStore {
 
   /// Sets the status, and the title if one is given. Nothing else changes, not even claim and
   /// result.
-  void setStatus(const std::string& id, RecadoStatus status,
+  void setStatus(std::string_view id, RecadoStatus status,
                  const std::optional<std::string>& title = {});
 
   /// Files the message under a destination, which need not exist, or unfiles it.
@@ -135,7 +136,7 @@ class TROVI_EXPORT TroviStore {
 
   /// Sets or clears the path of the recording. The file itself is not touched, and the change is
   /// not marked for upload.
-  void setAudioPath(const std::string& id, const std::optional<std::string>& path);
+  void setAudioPath(std::string_view id, const std::optional<std::string>& path);
 
   /// Makes a message `pego` if it is `pendente` or `pego`, and returns it as it is then: an UPDATE,
   /// then a SELECT. Absent, with nothing changed, if the id is unknown or the status does not allow
@@ -148,10 +149,10 @@ class TROVI_EXPORT TroviStore {
   std::optional<Recado> resolve(const RecadoResolution& resolution);
 
   /// Makes a message `pendente` again, whatever its status, and clears its claim and result.
-  void reopen(const std::string& id);
+  void reopen(std::string_view id);
 
   /// Deletes the message's audio file, if there is one and it can be deleted, then the message.
-  void deleteRecado(const std::string& id);
+  void deleteRecado(std::string_view id);
 
   /// @}
   /// @name Destinations
@@ -168,14 +169,14 @@ class TROVI_EXPORT TroviStore {
   std::vector<Destino> destinos() const;
 
   /// The destination with this id. Absent, without reading the file, if there is no id.
-  std::optional<Destino> destino(const std::optional<std::string>& id) const;
+  std::optional<Destino> destino(std::optional<std::string_view> id) const;
 
   /// The first destination in list order with this name, ignoring case and accents. Blanks around
   /// the given name are ignored too; those of a stored name are not.
-  std::optional<Destino> destinoNamed(const std::string& name) const;
+  std::optional<Destino> destinoNamed(std::string_view name) const;
 
   /// Unfiles the destination's messages, then deletes the destination.
-  void deleteDestino(const std::string& id);
+  void deleteDestino(std::string_view id);
 
   /// @}
   /// @name Synchronisation
@@ -188,9 +189,9 @@ class TROVI_EXPORT TroviStore {
 
   /// A message with local changes.
   struct PendingUpload {
-    Recado recado;             ///< as stored
-    double updatedAt = 0;      ///< last change of state, else the recording; seconds since 1970
-    std::int64_t version = 0;  ///< its change counter as read, for `markUploaded`
+    Recado recado;         ///< as stored
+    double updatedAt;      ///< last change of state, else the recording; seconds since 1970
+    std::int64_t version;  ///< its change counter as read, for `markUploaded`
 
     /// The part that `markUploaded` needs.
     operator UploadedVersion() const { return {.id = recado.id, .version = version}; }
@@ -232,20 +233,16 @@ class TROVI_EXPORT TroviStore {
   /// @{
 
   /// The text under this key; absent when there is none.
-  std::optional<std::string> meta(const std::string& key) const;
+  std::optional<std::string> meta(std::string_view key) const;
 
   /// Stores a text under this key, replacing an earlier one; without a text, removes the key.
-  void setMeta(const std::string& key, const std::optional<std::string>& value);
+  void setMeta(std::string_view key, const std::optional<std::string>& value);
 
   /// @}
 
  private:
-  TroviStore(const std::filesystem::path& path, Database::Draft draft);
-  /// For each field of a message, the place of its column in the rows of one result.
-  using Places = std::array<std::size_t, 13>;
-  static Places placesOf(const Row& row);
-  static Recado recadoFrom(Row& row, const Places& places);
-  static const std::filesystem::path& made(const std::filesystem::path& path);
+  struct Opening;
+  explicit TroviStore(const Opening& opening);
   void migrate();
   void migrateSync();
 
