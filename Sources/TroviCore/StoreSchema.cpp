@@ -5,6 +5,7 @@
 
 #include "Directories.h"
 #include "FolderLock.h"
+#include "PrivateFile.h"
 #include "TroviCore/Store.h"
 
 namespace trovi {
@@ -112,17 +113,17 @@ void inOneCommit(Database& db, const Work& work) {
 
 }  // namespace
 
-/// What holds while a file is opened and migrated: no other program does the same. This is the one
-/// wait that SQLite does not do, since its switch to write-ahead logging is refused at once while
-/// somebody else switches.
+/// Lasts while a file is opened and migrated. No other program does the same meanwhile: this is the
+/// one wait that SQLite does not do, since it refuses a switch to write-ahead logging at once while
+/// another program switches.
 struct TroviStore::Opening {
   explicit Opening(const std::filesystem::path& given)
       : path(platform::absolutePath(given)), lock(path.parent_path(), Database::busyTimeout) {
-    // The log of an inbox that was deleted. A program that has it open still must not share it with
-    // those that open the new inbox.
-    std::error_code ignored;
-    if (exists(symlink_status(path, ignored))) return;
+    // Removes the log of an inbox that was deleted. A program that has it open still must not share
+    // it with those that open the new inbox. Without the lock it may be the log of a newer one.
+    if (!lock.isHeld() || platform::isTaken(path)) return;
     for (const char* suffix : {"-wal", "-shm", "-journal"}) {
+      std::error_code ignored;
       std::filesystem::remove(path.string() + suffix, ignored);
     }
   }
