@@ -166,7 +166,7 @@ class __attribute__((visibility("hidden"))) Database::Connection {
     const auto absolute = platform::absolutePath(path);
     const bool isNew = platform::createPrivateFile(absolute);
     try {
-      if (absolute.is_relative() || !platform::isTaken(absolute)) {
+      if (!platform::isTaken(absolute)) {
         throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN), SQLITE_CANTOPEN);
       }
       open(absolute);

@@ -10,8 +10,8 @@ namespace {
 
 using platform::firstCluster;
 
-constexpr std::size_t titleLength = 60;
-constexpr std::size_t spanLength = 160;
+constexpr std::size_t titleClusters = 60;
+constexpr std::size_t searchedClusters = 160;
 
 /// Folded, each with its trailing space.
 constexpr std::array<std::string_view, 7> leadIns{
@@ -50,9 +50,9 @@ std::string_view beforeLastSpace(std::string_view text) {
 ///
 /// A search by bytes would be inconsistent: a combining mark after the match would hide it if the
 /// two compose to one letter, but not if no such letter exists.
-class Span {
+class ClusterText {
  public:
-  explicit Span(std::string text) : text_(std::move(text)), isBorder_(text_.size() + 1) {
+  explicit ClusterText(std::string text) : text_(std::move(text)), isBorder_(text_.size() + 1) {
     for (std::size_t i = 0; i < text_.size();) {
       isBorder_[i] = true;
       i += firstCluster(std::string_view(text_).substr(i)).size();
@@ -78,7 +78,7 @@ struct Candidate {
   std::size_t length;  ///< of the name, in characters
 };
 
-bool isNamed(const Candidate& candidate, const Span& span) {
+bool isNamed(const Candidate& candidate, const ClusterText& span) {
   const std::string name = platform::folded(candidate.name);
   return !name.empty() && std::any_of(leadIns.begin(), leadIns.end(), [&](std::string_view leadIn) {
     return span.contains(std::string(leadIn) + name);
@@ -93,7 +93,7 @@ std::string TroviText::titleFrom(std::string_view transcript) {
       platform::trimmedWhiteSpace(platform::repairedUTF8(transcript, storage));
   if (text.empty()) return "Recado sem fala";
   const std::string_view sentence = firstSentence(text);
-  const std::string_view start = platform::firstClusters(sentence, titleLength);
+  const std::string_view start = platform::firstClusters(sentence, titleClusters);
   if (start.size() == sentence.size()) return std::string(sentence);
   return std::string(beforeLastSpace(start)) + "…";
 }
@@ -101,8 +101,8 @@ std::string TroviText::titleFrom(std::string_view transcript) {
 std::optional<Destino> TroviText::destinoMentioned(std::string_view transcript,
                                                    const std::vector<Destino>& destinos) {
   std::string storage;
-  const Span span(platform::folded(
-      platform::firstClusters(platform::repairedUTF8(transcript, storage), spanLength)));
+  const ClusterText span(platform::folded(
+      platform::firstClusters(platform::repairedUTF8(transcript, storage), searchedClusters)));
   std::vector<Candidate> candidates;
   candidates.reserve(destinos.size());
   for (const Destino& destino : destinos) {
