@@ -173,6 +173,8 @@ TEST(End, ComesWhenNobodyReadsTheReplyOrWithTheInput) {
 //     ! SQL that another program runs on the inbox
 //     > a request line; if no reply follows, the server must not send one
 //     < the reply, compared as JSON; a tool's text is written as the JSON value that it contains
+//     ? a query of that program
+//     = its answer
 
 /// The reply with a tool's text replaced by the JSON object that it contains.
 platform::JSONValue comparable(std::string reply) {
@@ -205,8 +207,18 @@ TEST(Sessions, GoAsTheyWereRecorded) {
         reply.reset();
         continue;
       }
+      if (line[0] == '=') {
+        EXPECT_EQ(reply, content);
+        reply.reset();
+        continue;
+      }
       EXPECT_EQ(reply, std::nullopt);
-      line[0] == '>' ? void(reply = ask(server, content)) : other.execute(content);
+      if (line[0] == '>') reply = ask(server, content);
+      if (line[0] == '!') other.execute(content);
+      if (line[0] == '?') {
+        const auto rows = other.query("SELECT CAST((" + content + ") AS TEXT) AS answer");
+        reply = rows.at(0).stringValue("answer");
+      }
     }
     EXPECT_EQ(reply, std::nullopt) << file.path();
     expectCleanEnd(server);

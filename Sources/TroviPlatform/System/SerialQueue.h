@@ -24,13 +24,6 @@ class SerialQueue {
     return std::forward<Work>(work)();
   }
 
-  /// The number of callers that are not done: the one whose work is running and those that wait.
-  /// For tests, which have no other way to know that a thread is waiting.
-  std::uint32_t length() const {
-    const std::uint32_t done = serving_;  // read first, so that the difference never wraps
-    return nextTicket_ - done;
-  }
-
  private:
   class Turn {
    public:
