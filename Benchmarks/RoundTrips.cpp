@@ -20,7 +20,6 @@
 
 #include "GeneratedInbox.h"
 #include "ServerProcess.h"
-#include "ToolCall.h"
 
 namespace trovi::benchmarks {
 namespace {
@@ -50,7 +49,8 @@ struct Subject {
 };
 
 void start(Subject& subject) {
-  subject.server.emplace(ServerProcess::Setting{subject.inbox.home()});
+  setenv("HOME", subject.inbox.home().c_str(), 1);
+  subject.server.emplace();
 }
 
 /// Sends a request and waits for the reply, which must contain `proof`, near its end: a refusal

@@ -8,12 +8,12 @@
 #include <set>
 #include <thread>
 
-#include "Conversation.h"
+#include "ServerProcess.h"
 
 namespace trovi::tests {
 namespace {
 
-TEST(Crowd, LosesAndDoublesNothing) {
+TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
   std::mt19937 random(std::random_device{}());
   const auto below = [&](std::size_t limit) { return random() % limit; };
   const Home home;
@@ -30,7 +30,7 @@ TEST(Crowd, LosesAndDoublesNothing) {
   constexpr std::size_t rounds = 20;
   for (std::size_t round = 0; round < rounds; ++round) {
     std::deque<ServerProcess> crowd;
-    for (std::size_t i = 0; i < servers; ++i) crowd.emplace_back(ServerProcess::Setting{home});
+    for (std::size_t i = 0; i < servers; ++i) crowd.emplace_back();
     std::vector<std::string> results;
     for (std::size_t i = 0; i < burst; ++i) {
       const std::string id = std::to_string(below(10));
@@ -77,16 +77,16 @@ TEST(FirstStart, IsWholeForEveryServerWhateverIsThereBefore) {
       std::filesystem::remove(inbox);
     }
     std::deque<ServerProcess> crowd;
-    for (int i = 0; i < 4; ++i) crowd.emplace_back(ServerProcess::Setting{home});
+    for (int i = 0; i < 4; ++i) crowd.emplace_back();
     std::this_thread::sleep_for(std::chrono::microseconds(200 * round));
     crowd.front().kill();
     crowd.pop_front();
-    for (ServerProcess& server : crowd) awaitStart(server);
+    for (ServerProcess& server : crowd) server.awaitStart();
     TroviStore store(inbox);
     store.insert(someRecado("A"));
     if (deleted) deleted->insert(someRecado("more"));
     deleted.reset();
-    for (ServerProcess& server : crowd) expectCleanEnd(server);
+    for (ServerProcess& server : crowd) server.expectCleanEnd();
     EXPECT_EQ(store.destinos().size(), 3U);
     EXPECT_EQ(store.recados({.limit = -1}), std::vector{someRecado("A")});
     expectSound(store.db());

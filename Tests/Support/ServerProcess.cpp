@@ -12,7 +12,7 @@
 
 namespace trovi::tests {
 
-ServerProcess::ServerProcess(const Setting& setting) {
+ServerProcess::ServerProcess(const std::string& shell, bool nonBlocking) {
   std::signal(SIGPIPE, SIG_IGN);  // a server that has ended shows in its exit status
   std::array<int, 2> input{};
   std::array<int, 2> output{};
@@ -20,10 +20,10 @@ ServerProcess::ServerProcess(const Setting& setting) {
     throw std::runtime_error("no pipe");
   }
   for (const int end : {input[0], output[1]}) {
-    if (setting.nonBlocking) fcntl(end, F_SETFL, fcntl(end, F_GETFL) | O_NONBLOCK);
+    if (nonBlocking) fcntl(end, F_SETFL, fcntl(end, F_GETFL) | O_NONBLOCK);
   }
-  const std::string script = setting.shell + "\nexec \"$0\"";
-  const std::string home = "HOME=" + setting.home.string();
+  const std::string script = shell + "\nexec \"$0\"";
+  const std::string home = std::string("HOME=") + std::getenv("HOME");
   process_ = fork();
   if (process_ == 0) {
     dup2(input[0], STDIN_FILENO);
@@ -32,7 +32,7 @@ ServerProcess::ServerProcess(const Setting& setting) {
     for (int inherited = STDERR_FILENO + 1; inherited < 256; ++inherited) ::close(inherited);
     std::signal(SIGPIPE, SIG_DFL);
     const char* const environment[] = {home.c_str(), "PATH=/usr/bin:/bin", nullptr};
-    if (setting.shell.empty()) execle(TROVI_SERVER, TROVI_SERVER, nullptr, environment);
+    if (shell.empty()) execle(TROVI_SERVER, TROVI_SERVER, nullptr, environment);
     execle("/bin/sh", "sh", "-c", script.c_str(), TROVI_SERVER, nullptr, environment);
     _exit(127);
   }
@@ -75,6 +75,23 @@ std::optional<std::string> ServerProcess::receive() {
   const std::unique_ptr<char, decltype(&std::free)> owner(line, &std::free);
   if (size < 1 || line[size - 1] != '\n') return {};
   return std::string(line, static_cast<std::size_t>(size) - 1);
+}
+
+std::optional<std::string> ServerProcess::ask(std::string_view line) {
+  constexpr const char* pong = R"({"jsonrpc":"2.0","id":"ping","result":{}})";
+  send(line);
+  send(ping);
+  auto reply = receive();
+  if (reply == pong) return {};
+  EXPECT_EQ(receive(), pong);
+  return reply;
+}
+
+void ServerProcess::expectCleanEnd(const std::string& output) {
+  closeInput();
+  EXPECT_EQ(wait(), 0);
+  EXPECT_EQ(standardOutput(), output);
+  EXPECT_EQ(standardError(), "");
 }
 
 void ServerProcess::kill() const {

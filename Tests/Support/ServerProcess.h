@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <future>
 #include <memory>
@@ -9,19 +10,32 @@
 #include <string>
 #include <string_view>
 
+#include "Inbox.h"
+#include "TroviCore/Paths.h"
+
 namespace trovi::tests {
+
+/// A new home folder: that of this process and of the servers that it starts.
+class Home {
+ public:
+  Home() { setenv("HOME", folder_.path().c_str(), 1); }
+
+  static std::filesystem::path inbox() { return TroviPaths::databaseURL(); }
+  /// Files the message "A" as the recorder does.
+  static void fileOne() { TroviStore(inbox()).insert(someRecado("A")); }
+
+ private:
+  TemporaryFolder folder_;
+};
 
 /// The server as an assistant application runs it: a child process on pipes, with nothing in its
 /// environment but a home and a path. It does not outlive the object. The first object makes this
 /// process ignore SIGPIPE.
 class ServerProcess {
  public:
-  struct Setting {
-    std::filesystem::path home;
-    std::string shell{};       ///< run by a shell that then becomes the server
-    bool nonBlocking = false;  ///< its ends of standard input and output
-  };
-  explicit ServerProcess(const Setting& setting);
+  /// `shell` is run by a shell that then becomes the server. If asked for, the server's ends of
+  /// standard input and output do not block.
+  explicit ServerProcess(const std::string& shell = {}, bool nonBlocking = false);
   ~ServerProcess();
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;
@@ -35,6 +49,13 @@ class ServerProcess {
   /// The next line without its terminator; absent at the end of the output.
   std::optional<std::string> receive();
   void closeOutput() { output_.reset(); }
+
+  /// The reply to `line`, if there is one. In any case, the server must answer the next request.
+  std::optional<std::string> ask(std::string_view line);
+  /// Waits for the server to answer, which it does once its inbox is open.
+  void awaitStart() { EXPECT_EQ(ask(""), std::nullopt); }
+  /// The server must exit when its input ends, with only `output` left to read.
+  void expectCleanEnd(const std::string& output = "");
 
   void kill() const;
   /// The exit status, or minus the number of the signal that ended the process.
@@ -53,5 +74,23 @@ class ServerProcess {
   std::future<void> writing_;
   std::string rest_;
 };
+
+inline constexpr const char* ping = R"({"id":"ping","method":"ping"})";
+
+/// The request line that calls a tool; `arguments` is a JSON object.
+inline std::string toolCall(const std::string& tool, const std::string& arguments = "{}") {
+  return R"({"jsonrpc":"2.0","id":1,"method":"tools/call","params":{"name":")" + tool +
+         R"(","arguments":)" + arguments + "}}";
+}
+
+/// The reply to a call that failed; `text` is already escaped for JSON.
+inline std::string failure(const std::string& text) {
+  return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
+         R"("}],"isError":true}})";
+}
+
+inline bool succeeded(const std::optional<std::string>& reply) {
+  return reply && reply->ends_with(R"("isError":false}})");
+}
 
 }  // namespace trovi::tests
