@@ -33,10 +33,10 @@ TEST(ByteScan, AgreesWithALoopOverSingleBytes) {
 TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
   std::string ascii;
   for (char c = 0; c < 0x7F; ++c) ascii += c;
-  const JSONObject object{{"total", 0},
-                          {"recados", JSONArray{JSONObject{{"b", "a/ç\n"}, {"a", nullptr}}, true}},
-                          {"nada", JSONObject()},
-                          {"lista", JSONArray{}}};
+  const JSONObject object{
+      {"total", 0},
+      {"recados", JSONArray{JSONObject{{"b", "a/ç\n"}, {"a", nullptr}}, JSONArray()}},
+      {"nada", JSONObject()}};
   std::string out;
   appendPrettyJSONText(out, JSONArray{ascii, object});
   const auto text = parseJSON(out);
@@ -44,14 +44,13 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
   EXPECT_EQ(std::get<JSONArray>(value.value().content).at(0).text(), ascii);
   EXPECT_TRUE(text->text()->ends_with(R"(,
   {
-    "lista": [],
     "nada": {},
     "recados": [
       {
         "a": null,
         "b": "a/ç\n"
       },
-      true
+      []
     ],
     "total": 0
   }
@@ -59,22 +58,18 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
 }
 
 TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
-  const std::pair<const char*, std::int64_t> cases[] = {
-      {"7.0", 7},
-      {"70e-1", 7},
-      {"-0.0", 0},
-      {"0e99999999999999999999", 0},
-      {"0.0000000000000000000000000005e+28", 5},
-      {"9223372036854775807", std::numeric_limits<std::int64_t>::max()},
-      {"-9223372036854775808.0", std::numeric_limits<std::int64_t>::min()},
-  };
-  for (const auto& [literal, value] : cases) {
-    EXPECT_EQ(JSONValue(JSONNumber{literal}).integer(), value) << literal;
+  const auto numbers = parseJSON(
+      "[7.0, 70e-1, -0.0, 0e99999999999999999999, 0.0000000000000000000000000005e+28,"
+      " 9223372036854775807, -9223372036854775808.0, 7.5, 1e400, 9223372036854775808,"
+      " 9223372036854775808.0, -9223372036854775809]");
+  using Limits = std::numeric_limits<std::int64_t>;
+  std::vector<std::optional<std::int64_t>> expected{7, 7, 0, 0, 5, Limits::max(), Limits::min()};
+  expected.resize(12);  // the others are no such integers
+  std::vector<std::optional<std::int64_t>> read;
+  for (const JSONValue& number : std::get<JSONArray>(numbers.value().content)) {
+    read.push_back(number.integer());
   }
-  for (const char* none :
-       {"9223372036854775808", "9223372036854775808.0", "-9223372036854775809", "7.5", "1e400"}) {
-    EXPECT_FALSE(JSONValue(JSONNumber{none}).integer()) << none;
-  }
+  EXPECT_EQ(read, expected);
 }
 
 /// The number format of an application in Brazil.
