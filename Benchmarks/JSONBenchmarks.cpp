@@ -9,6 +9,7 @@ namespace {
 
 using platform::JSONArray;
 using platform::JSONObject;
+using platform::JSONValue;
 
 constexpr std::string_view request =
     R"({"jsonrpc":"2.0","id":7,"method":"tools/call","params":{"name":"inbox_list","arguments":{"destino":"corvane","limite":20}}})";
@@ -29,18 +30,12 @@ std::vector<Recado> recados(std::size_t count) {
   return recados;
 }
 
-/// The result of a tool that lists the messages.
-JSONObject rendered(std::vector<Recado> recados) {
+/// What a tool that lists the messages answers.
+JSONValue rendered(std::vector<Recado> recados) {
   JSONArray list;
   list.reserve(recados.size());
   for (Recado& recado : recados) list.emplace_back(mcp::json(std::move(recado), {destino}));
-  return mcp::textContent(JSONObject{{"recados", std::move(list)}});
-}
-
-std::string written(const JSONObject& object) {
-  platform::TextBuffer buffer;
-  platform::appendJSON(buffer, object);
-  return std::string(buffer.view());
+  return list;
 }
 
 void readJSON(benchmark::State& state, std::string_view text) {
@@ -51,18 +46,22 @@ void readJSON(benchmark::State& state, std::string_view text) {
 void readRequest(benchmark::State& state) { readJSON(state, request); }
 BENCHMARK(readRequest);
 
-void readReply(benchmark::State& state) { readJSON(state, written(rendered(recados(100)))); }
+void readReply(benchmark::State& state) {
+  std::string reply;
+  platform::appendPrettyJSONText(reply, rendered(recados(100)));
+  readJSON(state, reply);
+}
 BENCHMARK(readReply);
 
 void writeReply(benchmark::State& state) {
-  const JSONObject reply = rendered(recados(100));
-  platform::TextBuffer buffer;
+  const JSONValue list = rendered(recados(100));
+  std::string reply;
   while (state.KeepRunning()) {
-    buffer.clear();
-    platform::appendJSON(buffer, reply);
+    reply.clear();
+    platform::appendPrettyJSONText(reply, list);
     benchmark::ClobberMemory();
   }
-  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(buffer.view().size()));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(reply.size()));
 }
 BENCHMARK(writeReply);
 

@@ -14,17 +14,16 @@
 namespace trovi::fuzz {
 namespace {
 
-using platform::JSONObject;
 using platform::JSONValue;
 
 void require(bool holds, const char* promise) {
   if (!holds) throw Broken(promise);
 }
 
-std::string written(const JSONObject& object) {
-  platform::TextBuffer text;
-  platform::appendJSON(text, object);
-  return std::string(text.view());
+std::string written(const JSONValue& value) {
+  std::string text;
+  platform::appendJSON(text, value);
+  return text;
 }
 
 /// Has the server answer, and checks the reply against the line.
@@ -32,23 +31,19 @@ void checkAnswer(mcp::Server& server, std::string_view line) {
   std::string repaired;
   const auto message =
       platform::parseJSON(platform::trimmedBlanks(platform::repairedUTF8(line, repaired)));
-  const JSONObject* request = message ? message->object() : nullptr;
-  const JSONValue* id = request != nullptr ? request->find("id") : nullptr;
+  const JSONValue id = message.value_or(nullptr)["id"];
 
-  const auto answer = server.answer(line);
-  require(answer.has_value() == (id != nullptr && !id->isNull()),
+  const auto text = server.answer(line);
+  require(text.has_value() == !id.isNull(),
           "whatever is a request gets a reply, and nothing else does");
-  if (!answer) return;
-  const std::string text = written(*answer);
-  require(text.find_first_of("\r\n") == std::string::npos, "a reply is one line");
-  require(platform::repairedUTF8(text) == text, "a reply is UTF-8");
-  const auto reply = platform::parseJSON(text);
+  if (!text) return;
+  require(text->find_first_of("\r\n") == std::string::npos, "a reply is one line");
+  require(platform::repairedUTF8(*text) == *text, "a reply is UTF-8");
+  const auto reply = platform::parseJSON(*text);
   require(reply && reply->object() != nullptr, "a reply is a JSON object");
-  const JSONObject& members = *reply->object();
-  const JSONObject* result = members.object("result");
-  require(std::distance(members.begin(), members.end()) == 3 && members.text("jsonrpc") == "2.0" &&
-              *members.find("id") == *id &&
-              (result == nullptr) == (members.object("error") != nullptr),
+  require(reply->object()->size() == 3 && (*reply)["jsonrpc"].text() == "2.0" &&
+              written((*reply)["id"]) == written(id) &&
+              ((*reply)["result"].object() == nullptr) != ((*reply)["error"].object() == nullptr),
           "a reply has its three members");
 }
 
@@ -62,7 +57,8 @@ INSERT INTO recado(id, created_at, duration, transcript, title, status, result, 
 
 void session(std::string_view input) {
   static const tests::TemporaryFolder folder;
-  mcp::Server server(folder.path() / "trovi.sqlite");
+  TroviStore store(folder.path() / "trovi.sqlite");
+  mcp::Server server(store);
   Database other(folder.path() / "trovi.sqlite");
   other.execute(foreignRows);
 
@@ -87,11 +83,17 @@ void jsonText(std::string_view input) {
   const std::string text = platform::repairedUTF8(input);
   const auto value = platform::parseJSON(text);
   if (!value) return;
-  const std::string reply = written({{"text", JSONValue::prettyText(*value)}, {"value", *value}});
-  const auto read = platform::parseJSON(reply);
-  require(read && *read->object()->find("value") == *value, "a compact text spells the value");
-  require(platform::parseJSON(*read->object()->text("text")) == value,
-          "a text in a reply spells the value");
+  const std::string compact = written(*value);
+  const auto again = platform::parseJSON(compact);
+  require(again && written(*again) == compact, "a compact text spells the value");
+  const auto pretty = [](const JSONValue& any) {
+    std::string quoted;
+    platform::appendPrettyJSONText(quoted, any);
+    return std::string(platform::parseJSON(quoted).value().text().value());
+  };
+  const std::string sorted = pretty(*value);
+  const auto prettyAgain = platform::parseJSON(sorted);
+  require(prettyAgain && pretty(*prettyAgain) == sorted, "a text in a reply spells the value");
 }
 
 }  // namespace trovi::fuzz

@@ -1,5 +1,6 @@
 #include "TroviCore/Coding.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "Fields.h"
@@ -10,7 +11,6 @@
 namespace trovi {
 namespace {
 
-using platform::JSONNumber;
 using platform::JSONObject;
 using platform::JSONValue;
 
@@ -62,20 +62,20 @@ class JSONObjectEncoder : public KeyedEncoder {
   explicit JSONObjectEncoder(JSONDates dates) : dates_(dates) {}
 
   std::string text() const {
-    platform::TextBuffer text;
+    std::string text;
     platform::appendJSON(text, object_);
-    return std::string(text.view());
+    return text;
   }
 
   void encodeText(std::string_view key, std::string_view value) override {
-    object_.add(std::string(key), platform::repairedUTF8(value));
+    object_.emplace_back(key, platform::repairedUTF8(value));
   }
   void encodeInteger(std::string_view key, std::int64_t value) override {
-    object_.add(std::string(key), value);
+    object_.emplace_back(key, value);
   }
   void encodeNumber(std::string_view key, double value) override {
     if (!std::isfinite(value)) throw CodingError(std::string(key), "not a finite number");
-    object_.add(std::string(key), JSONNumber::from(value));
+    object_.emplace_back(key, value);
   }
   void encodeDate(std::string_view key, Date value) override {
     if (dates_ == JSONDates::secondsSince1970) {
@@ -95,28 +95,23 @@ class JSONObjectEncoder : public KeyedEncoder {
 class JSONObjectDecoder : public KeyedDecoder {
  public:
   JSONObjectDecoder(std::string_view text, JSONDates dates) : dates_(dates) {
-    const auto value = platform::parseJSON(platform::repairedUTF8(text));
+    auto value = platform::parseJSON(platform::repairedUTF8(text));
     if (!value) throw CodingError("", "not a JSON text");
     if (value->object() == nullptr) throw CodingError("", "not a JSON object");
-    object_ = *value->object();
+    object_ = *std::move(value);
   }
 
-  bool contains(std::string_view key) const override {
-    const JSONValue* value = object_.find(key);
-    return value != nullptr && !value->isNull();
-  }
+  bool contains(std::string_view key) const override { return !object_[key].isNull(); }
   std::string decodeText(std::string_view key) const override {
-    if (const std::string* text = member(key).text()) return *text;
+    if (const auto text = member(key).text()) return std::string(*text);
     throw CodingError(std::string(key), "not a text");
   }
   std::int64_t decodeInteger(std::string_view key) const override {
-    const JSONNumber* number = member(key).number();
-    if (const auto integer = number != nullptr ? number->integer() : std::nullopt) return *integer;
+    if (const auto integer = member(key).integer()) return *integer;
     throw CodingError(std::string(key), "not an integer of 64 bits");
   }
   double decodeNumber(std::string_view key) const override {
-    const JSONNumber* number = member(key).number();
-    if (const auto real = number != nullptr ? number->real() : std::nullopt) return *real;
+    if (const auto real = member(key).real()) return *real;
     throw CodingError(std::string(key), "not a number in the range of a double");
   }
   Date decodeDate(std::string_view key) const override {
@@ -127,12 +122,14 @@ class JSONObjectDecoder : public KeyedDecoder {
 
  private:
   const JSONValue& member(std::string_view key) const {
-    if (const JSONValue* value = object_.find(key)) return *value;
+    const auto isIt = [&](const auto& member) { return member.first == key; };
+    const JSONObject& members = *object_.object();
+    if (std::any_of(members.begin(), members.end(), isIt)) return object_[key];
     throw CodingError(std::string(key), "missing");
   }
 
   JSONDates dates_;
-  JSONObject object_;
+  JSONValue object_;
 };
 
 template <class Record>

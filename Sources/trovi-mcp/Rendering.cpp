@@ -9,7 +9,6 @@
 namespace trovi::mcp {
 namespace {
 
-using platform::JSONArray;
 using platform::JSONObject;
 using platform::JSONValue;
 
@@ -30,43 +29,30 @@ JSONValue destinoOf(const Recado& recado, const std::vector<Destino>& destinos) 
   return found != destinos.end() ? JSONValue(json(*found)) : JSONValue(nullptr);
 }
 
-JSONObject toolResult(JSONValue text, bool isError) {
-  JSONObject item{{"type", "text"}};
-  item.add("text", std::move(text));
-  JSONArray content{std::move(item)};
-  return {{"content", std::move(content)}, {"isError", isError}};
-}
-
 }  // namespace
 
 JSONObject json(Recado recado, const std::vector<Destino>& destinos) {
-  JSONObject object;
-  object.reserve(10);
-  object.add("destino", destinoOf(recado, destinos));
-  object.add("duracao_segundos", wholeSeconds(recado.duration));
-  object.add("gravado_em", platform::internetDateTime(recado.createdAt));
-  object.add("id", std::move(recado.id));
-  if (recado.language) object.add("idioma", *std::move(recado.language));
-  if (recado.claimedBy) object.add("pego_por", *std::move(recado.claimedBy));
-  if (recado.result) object.add("resultado", *std::move(recado.result));
-  object.add("status", rawValue(recado.status));
-  object.add("titulo", std::move(recado.title));
-  object.add("transcricao", std::move(recado.transcript));
-  return object;
+  JSONObject members;  // sorted, as they are written
+  members.reserve(10);
+  members.emplace_back("destino", destinoOf(recado, destinos));
+  members.emplace_back("duracao_segundos", wholeSeconds(recado.duration));
+  members.emplace_back("gravado_em", platform::internetDateTime(recado.createdAt));
+  members.emplace_back("id", std::move(recado.id));
+  if (recado.language) members.emplace_back("idioma", *std::move(recado.language));
+  if (recado.claimedBy) members.emplace_back("pego_por", *std::move(recado.claimedBy));
+  if (recado.result) members.emplace_back("resultado", *std::move(recado.result));
+  members.emplace_back("status", rawValue(recado.status));
+  members.emplace_back("titulo", std::move(recado.title));
+  members.emplace_back("transcricao", std::move(recado.transcript));
+  return members;
 }
 
 JSONObject json(const Destino& destino) {
-  JSONObject object;
-  object.reserve(2);
-  object.add("instrucao", destino.instruction);
-  object.add("nome", destino.name);
-  return object;
+  JSONObject members;
+  members.reserve(2);
+  members.emplace_back("instrucao", destino.instruction);
+  members.emplace_back("nome", destino.name);
+  return members;
 }
-
-JSONObject textContent(JSONValue payload) {
-  return toolResult(JSONValue::prettyText(std::move(payload)), false);
-}
-
-JSONObject toolError(std::string message) { return toolResult(std::move(message), true); }
 
 }  // namespace trovi::mcp

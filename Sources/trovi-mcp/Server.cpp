@@ -3,103 +3,127 @@
 #include <new>
 #include <utility>
 
-#include "Catalogue.h"
-#include "Output.h"
+#include "Memory.h"
 #include "Tools.h"
 #include "Unicode.h"
 
 namespace trovi::mcp {
 namespace {
 
-using platform::JSONArray;
 using platform::JSONObject;
 using platform::JSONValue;
+
+constexpr const char* serverVersion = TROVI_VERSION;
+constexpr const char* fallbackProtocolVersion = "2025-06-18";
+
+// An assistant decides by this text how to work: it is fixed to the byte.
+constexpr const char* serverInstructions =
+    "O Trovi é a caixa de recados de voz do usuário. Cada recado é uma fala já transcrita, gravada "
+    "no Mac, com um destino (um projeto) e a instrução daquele destino.\n"
+    "Fluxo esperado: 1) inbox_list para ver os pendentes; 2) recado_claim antes de trabalhar num "
+    "recado; 3) faça o que a instrução do destino pede, usando a transcrição; 4) recado_resolve "
+    "com um resumo curto do que você fez (e links, se criou algo). Não invente partes da fala: se "
+    "algo ficou ambíguo, diga no resultado.";
 
 constexpr int methodNotFound = -32601;
 constexpr int invalidParams = -32602;
 
-template <class Content>
-JSONObject message(const JSONValue& id, platform::JSONKey key, Content&& content) {
-  JSONObject message;
-  message.reserve(3);
-  message.add("jsonrpc", "2.0");
-  message.add("id", id);
-  message.add(std::move(key), std::forward<Content>(content));
-  return message;
-}
-
-template <class Result>
-JSONObject reply(const JSONValue& id, Result&& result) {
-  return message(id, "result", std::forward<Result>(result));
-}
-
-JSONObject replyError(const JSONValue& id, int code, std::string text) {
-  return message(id, "error", JSONObject{{"code", code}, {"message", std::move(text)}});
-}
-
-/// The line as JSON; absent if it is malformed or there is not enough memory.
-std::optional<JSONValue> parsed(std::string_view line) {
+/// The line as JSON; null if it is malformed or there is not enough memory.
+JSONValue parsed(std::string_view line) {
   try {
     std::string repaired;
-    return platform::parseJSON(platform::trimmedBlanks(platform::repairedUTF8(line, repaired)));
+    return platform::parseJSON(platform::trimmedBlanks(platform::repairedUTF8(line, repaired)))
+        .value_or(nullptr);
   } catch (const std::bad_alloc&) {
-    return {};
+    return nullptr;
   }
 }
 
-/// The member as an object; an empty one if it is missing or of another kind.
-const JSONObject& objectOrEmpty(const JSONObject& object, std::string_view key) {
-  static const JSONObject empty;
-  const JSONObject* member = object.object(key);
-  return member != nullptr ? *member : empty;
+std::string written(const JSONValue& value) {
+  std::string text;
+  platform::appendJSON(text, value);
+  return text;
 }
 
 }  // namespace
 
-Server::Server(const std::filesystem::path& database)
-    : pong_(JSONObject()),
-      toolsResult_(JSONValue::written({{"tools", catalogue()}})),
-      store_(database) {}
+Server::Server(TroviStore& store)
+    : store_(store), toolsResult_(written(JSONObject{{"tools", catalogue()}})) {}
 
-std::optional<JSONObject> Server::answer(std::string_view line) {
-  const auto message = parsed(line);
-  const JSONObject* request = message ? message->object() : nullptr;
-  const JSONValue* id = request != nullptr ? request->find("id") : nullptr;
-  if (id == nullptr || id->isNull()) return {};
-  return answerRequest(*request, *id);
+std::optional<std::string_view> Server::answer(std::string_view line) {
+  const JSONValue message = parsed(line);
+  const JSONValue& id = message["id"];
+  if (id.isNull()) return {};
+  reply_.clear();
+  if (reply_.capacity() > platform::mostKept) reply_.shrink_to_fit();
+  answerRequest(message, id);
+  return reply_;
 }
 
-JSONObject Server::answerRequest(const JSONObject& request, const JSONValue& id) {
-  const std::string_view method = request.text("method").value_or("");
-  const JSONObject& params = objectOrEmpty(request, "params");
-  if (method == "initialize") return reply(id, initialize(params));
-  if (method == "ping") return reply(id, pong_);
+void Server::answerRequest(const JSONValue& request, const JSONValue& id) {
+  const std::string_view method = request["method"].text().value_or("");
+  const JSONValue& params = request["params"];
+  if (method == "initialize") return reply(id, written(initialize(params)));
+  if (method == "ping") return reply(id, "{}");
   if (method == "tools/list") return reply(id, toolsResult_);
   if (method == "tools/call") {
-    const auto name = params.text("name");
+    const auto name = params["name"].text();
     if (!name) return replyError(id, invalidParams, "Falta o nome da ferramenta");
     return reply(id, callTool({.name = *name,
-                               .arguments = objectOrEmpty(params, "arguments"),
+                               .arguments = params["arguments"],
                                .store = store_,
                                .clientName = clientName_}));
   }
-  if (method == "resources/list") return reply(id, JSONObject{{"resources", JSONArray{}}});
-  if (method == "prompts/list") return reply(id, JSONObject{{"prompts", JSONArray{}}});
-  return replyError(id, methodNotFound, "Método não suportado: " + std::string(method));
+  if (method == "resources/list") return reply(id, R"({"resources":[]})");
+  if (method == "prompts/list") return reply(id, R"({"prompts":[]})");
+  replyError(id, methodNotFound, "Método não suportado: " + std::string(method));
 }
 
-JSONObject Server::initialize(const JSONObject& params) {
-  if (const JSONObject* clientInfo = params.object("clientInfo")) {
-    clientName_ = clientInfo->text("name");
+/// The protocol version is not negotiated: the client's is echoed.
+JSONObject Server::initialize(const JSONValue& params) {
+  const JSONValue& clientInfo = params["clientInfo"];
+  if (clientInfo.object() != nullptr) clientName_ = clientInfo["name"].text();
+  return {
+      {"protocolVersion", params["protocolVersion"].text().value_or(fallbackProtocolVersion)},
+      {"capabilities", JSONObject{{"tools", JSONObject{{"listChanged", false}}}}},
+      {"serverInfo", JSONObject{{"name", "trovi"}, {"title", "Trovi"}, {"version", serverVersion}}},
+      {"instructions", serverInstructions}};
+}
+
+void Server::begin(const JSONValue& id, std::string_view member) {
+  reply_ = R"({"jsonrpc":"2.0","id":)";
+  platform::appendJSON(reply_, id);
+  reply_ += member;
+}
+
+void Server::reply(const JSONValue& id, std::string_view result) {
+  begin(id, R"(,"result":)");
+  reply_ += result;
+  reply_ += '}';
+}
+
+void Server::reply(const JSONValue& id, const ToolResult& result) {
+  begin(id, R"(,"result":{"content":[{"type":"text","text":)");
+  if (result.isError) {
+    platform::appendJSON(reply_, result.content);
+    reply_ += R"(}],"isError":true}})";
+    return;
   }
-  return initializeResult(params.text("protocolVersion"));
+  const std::size_t start = reply_.size();
+  reply_.reserve(start + 32);  // for what follows, even if the text finds no memory
+  try {
+    platform::appendPrettyJSONText(reply_, result.content);
+  } catch (const std::bad_alloc&) {
+    reply_.resize(start);
+    reply_ += R"("")";
+  }
+  reply_ += R"(}],"isError":false}})";
 }
 
-void log(std::string_view message) {
-  std::string line = "[trovi-mcp] ";
-  line += message;
-  line += '\n';
-  platform::write(platform::standardError, line);
+void Server::replyError(const JSONValue& id, int code, const std::string& message) {
+  begin(id, R"(,"error":)");
+  platform::appendJSON(reply_, JSONObject{{"code", code}, {"message", message}});
+  reply_ += '}';
 }
 
 }  // namespace trovi::mcp

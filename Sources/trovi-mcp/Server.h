@@ -1,11 +1,11 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "JSON.h"
+#include "Rendering.h"
 #include "TroviCore/Store.h"
 
 namespace trovi::mcp {
@@ -13,25 +13,29 @@ namespace trovi::mcp {
 /// The server without its streams: one line in, at most one reply out. For use by one thread.
 class Server {
  public:
-  /// Opens the inbox in this file. Throws DatabaseError.
-  explicit Server(const std::filesystem::path& database);
+  /// `store` must outlive the server.
+  explicit Server(TroviStore& store);
 
-  /// Handles one line, any bytes without the line terminator. Absent if no reply is due: the line
-  /// is blank, not a JSON object, or a notification.
-  std::optional<platform::JSONObject> answer(std::string_view line);
+  /// Handles one line, any bytes without the line terminator, and returns the reply without one,
+  /// valid until the next call. Absent if no reply is due: the line is blank, not a JSON object, or
+  /// a notification. Throws std::bad_alloc if there is not enough memory for the reply.
+  std::optional<std::string_view> answer(std::string_view line);
 
  private:
-  platform::JSONObject answerRequest(const platform::JSONObject& request,
-                                     const platform::JSONValue& id);
-  platform::JSONObject initialize(const platform::JSONObject& params);
+  void answerRequest(const platform::JSONValue& request, const platform::JSONValue& id);
+  platform::JSONObject initialize(const platform::JSONValue& params);
 
-  platform::JSONValue pong_;         ///< the result of `ping`, the same every time
-  platform::JSONValue toolsResult_;  ///< of `tools/list`, the same every time
-  TroviStore store_;
+  /// Begins a reply with its first two members and the start of the third, written as JSON.
+  void begin(const platform::JSONValue& id, std::string_view member);
+  void reply(const platform::JSONValue& id, std::string_view result);  ///< written as JSON
+  /// If there is not enough memory for the text of a successful result, the text is empty.
+  void reply(const platform::JSONValue& id, const ToolResult& result);
+  void replyError(const platform::JSONValue& id, int code, const std::string& message);
+
+  TroviStore& store_;
+  std::string toolsResult_;  ///< of `tools/list`, the same every time
+  std::string reply_;        ///< the latest; keeps its memory
   std::optional<std::string> clientName_;
 };
-
-/// Writes one diagnostic line to standard error.
-void log(std::string_view message);
 
 }  // namespace trovi::mcp

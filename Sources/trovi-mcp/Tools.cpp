@@ -4,8 +4,6 @@
 #include <array>
 #include <exception>
 
-#include "Rendering.h"
-
 namespace trovi::mcp {
 namespace {
 
@@ -18,14 +16,8 @@ struct Refusal {
   std::string message;
 };
 
-std::string joined(std::initializer_list<std::string_view> pieces) {
-  std::string text;
-  for (const std::string_view piece : pieces) text += piece;
-  return text;
-}
-
 std::optional<std::string> textArgument(const ToolCall& call, std::string_view name) {
-  return std::optional<std::string>(call.arguments.text(name));
+  return std::optional<std::string>(call.arguments[name].text());
 }
 
 std::string requiredID(const ToolCall& call) {
@@ -44,7 +36,7 @@ std::int64_t limitArgument(const ToolCall& call) {
   constexpr std::int64_t standard = 20;
   constexpr std::int64_t smallest = 1;
   constexpr std::int64_t largest = 100;
-  return std::clamp(call.arguments.integer("limite").value_or(standard), smallest, largest);
+  return std::clamp(call.arguments["limite"].integer().value_or(standard), smallest, largest);
 }
 
 /// Who acts: the argument `cliente`, else the name that the client gave itself.
@@ -58,27 +50,23 @@ void dropTranscribing(std::vector<Recado>& recados) {
                 [](const Recado& recado) { return recado.status == RecadoStatus::transcrevendo; });
 }
 
-JSONObject listResult(std::vector<Recado> recados, const Destinos& destinos) {
+ToolResult listResult(std::vector<Recado> recados, const Destinos& destinos) {
   JSONArray rendered;
   rendered.reserve(recados.size());
   for (Recado& recado : recados) rendered.emplace_back(json(std::move(recado), destinos));
   const auto total = static_cast<std::int64_t>(rendered.size());
-  return textContent(JSONObject{{"recados", std::move(rendered)}, {"total", total}});
-}
-
-JSONObject messageResult(std::optional<Recado> recado, const Destinos& destinos,
-                         std::initializer_list<std::string_view> refusal) {
-  if (!recado) throw Refusal{joined(refusal)};
-  return textContent(json(*std::move(recado), destinos));
+  JSONObject list;  // no initializer list, from which everything would be copied
+  list.emplace_back("recados", std::move(rendered));
+  list.emplace_back("total", total);
+  return textContent(std::move(list));
 }
 
 std::optional<RecadoStatus> statusFilter(const ToolCall& call) {
-  const std::string_view given = call.arguments.text("status").value_or("pendente");
+  const std::string given = textArgument(call, "status").value_or("pendente");
   if (given == "todos") return {};
   const auto status = fromRawValue<RecadoStatus>(given);
   if (!status) {
-    throw Refusal{
-        joined({"Status desconhecido: ", given, ". Use pendente, pego, resolvido ou todos."})};
+    throw Refusal{"Status desconhecido: " + given + ". Use pendente, pego, resolvido ou todos."};
   }
   return status;
 }
@@ -87,7 +75,7 @@ std::optional<std::string> destinoFilter(const ToolCall& call, const Destinos& d
   const auto given = textArgument(call, "destino");
   if (!given || given->empty()) return {};
   if (auto found = call.store.destinoNamed(*given)) return std::move(found->id);
-  std::string message = joined({"Não existe o destino \"", *given, "\". Destinos: "});
+  std::string message = "Não existe o destino \"" + *given + "\". Destinos: ";
   for (const Destino& destino : destinos) {
     if (&destino != &destinos.front()) message += ", ";
     message += destino.name;
@@ -95,7 +83,7 @@ std::optional<std::string> destinoFilter(const ToolCall& call, const Destinos& d
   throw Refusal{message + "."};
 }
 
-JSONObject inboxList(const ToolCall& call, const Destinos& destinos) {
+ToolResult inboxList(const ToolCall& call, const Destinos& destinos) {
   const auto status = statusFilter(call);
   auto destinoID = destinoFilter(call, destinos);
   auto recados = call.store.recados(
@@ -104,67 +92,129 @@ JSONObject inboxList(const ToolCall& call, const Destinos& destinos) {
   return listResult(std::move(recados), destinos);
 }
 
-JSONObject recadoGet(const ToolCall& call, const Destinos& destinos) {
+ToolResult recadoGet(const ToolCall& call, const Destinos& destinos) {
   const std::string id = requiredID(call);
-  return messageResult(call.store.recado(id), destinos, {"Recado ", id, " não encontrado."});
+  auto recado = call.store.recado(id);
+  if (!recado) return toolError("Recado " + id + " não encontrado.");
+  return textContent(json(*std::move(recado), destinos));
 }
 
-JSONObject recadoClaim(const ToolCall& call, const Destinos& destinos) {
+ToolResult recadoClaim(const ToolCall& call, const Destinos& destinos) {
   const std::string id = requiredID(call);
-  return messageResult(
-      call.store.claim({.id = id, .by = actor(call).value_or("IA")}), destinos,
-      {"Não deu para pegar o recado ", id, ": ele não existe ou ainda está sendo transcrito."});
+  auto recado = call.store.claim({.id = id, .by = actor(call).value_or("IA")});
+  if (!recado) {
+    return toolError("Não deu para pegar o recado " + id +
+                     ": ele não existe ou ainda está sendo transcrito.");
+  }
+  return textContent(json(*std::move(recado), destinos));
 }
 
-JSONObject recadoResolve(const ToolCall& call, const Destinos& destinos) {
+ToolResult recadoResolve(const ToolCall& call, const Destinos& destinos) {
   const std::string id = requiredID(call);
   auto result = requiredText(call, "resultado", "Falta o resultado.");
-  return messageResult(
-      call.store.resolve({.id = id, .result = std::move(result), .by = actor(call)}), destinos,
-      {"Não deu para resolver o recado ", id, ": ele não existe ou ainda está sendo transcrito."});
+  auto recado = call.store.resolve({.id = id, .result = std::move(result), .by = actor(call)});
+  if (!recado) {
+    return toolError("Não deu para resolver o recado " + id +
+                     ": ele não existe ou ainda está sendo transcrito.");
+  }
+  return textContent(json(*std::move(recado), destinos));
 }
 
-JSONObject search(const ToolCall& call, const Destinos& destinos) {
+ToolResult search(const ToolCall& call, const Destinos& destinos) {
   auto query = requiredText(call, "consulta", "Falta a consulta.");
   auto recados = call.store.recados({.search = std::move(query), .limit = limitArgument(call)});
   dropTranscribing(recados);
   return listResult(std::move(recados), destinos);
 }
 
-JSONObject destinosList(const ToolCall& /*call*/, const Destinos& destinos) {
+ToolResult destinosList(const ToolCall& /*call*/, const Destinos& destinos) {
   JSONArray rendered;
   for (const Destino& destino : destinos) rendered.emplace_back(json(destino));
   return textContent(JSONObject{{"destinos", std::move(rendered)}});
 }
 
 struct Tool {
-  std::string_view name;
-  JSONObject (*run)(const ToolCall& call, const Destinos& destinos);
+  const char* name;
+  const char* description;
+  const char* inputSchema;
+  ToolResult (*run)(const ToolCall& call, const Destinos& destinos);
 };
 
 constexpr std::array tools{
-    Tool{"inbox_list", inboxList},
-    Tool{"recado_get", recadoGet},
-    Tool{"recado_claim", recadoClaim},
-    Tool{"recado_resolve", recadoResolve},
-    Tool{"search", search},
-    Tool{"destinos_list", destinosList},
+    Tool{.name = "inbox_list",
+         .description = "Lista os recados de voz da caixa do Trovi. Por padrão, só os pendentes, "
+                        "do mais novo para o mais antigo. Cada recado traz a transcrição e a "
+                        "instrução do seu destino.",
+         .inputSchema = R"({"type": "object", "properties": {
+             "status": {"type": "string", "description": "Filtro de status. Padrão: pendente.",
+                        "enum": ["pendente", "pego", "resolvido", "todos"]},
+             "destino": {"type": "string",
+                         "description": "Nome do destino, por exemplo \"Corvane\"."},
+             "limite": {"type": "integer", "minimum": 1, "maximum": 100,
+                        "description": "Máximo de recados. Padrão: 20."}}})",
+         .run = inboxList},
+    Tool{.name = "recado_get",
+         .description = "Lê um recado completo: transcrição, destino, instrução, status e "
+                        "resultado.",
+         .inputSchema = R"({"type": "object", "properties": {
+             "id": {"type": "string"}}, "required": ["id"]})",
+         .run = recadoGet},
+    Tool{.name = "recado_claim",
+         .description = "Marca que você pegou o recado e está trabalhando nele. Chame antes de "
+                        "começar.",
+         .inputSchema = R"({"type": "object", "properties": {
+             "id": {"type": "string"},
+             "cliente": {"type": "string",
+                         "description": "Quem pegou, por exemplo \"Claude Desktop\"."}},
+             "required": ["id"]})",
+         .run = recadoClaim},
+    Tool{.name = "recado_resolve",
+         .description = "Grava no recado o que você fez e o marca como resolvido. Escreva um "
+                        "resumo curto e inclua links do que criou.",
+         .inputSchema = R"({"type": "object", "properties": {
+             "id": {"type": "string"},
+             "resultado": {"type": "string", "description": "Resumo do que foi feito."},
+             "cliente": {"type": "string"}}, "required": ["id", "resultado"]})",
+         .run = recadoResolve},
+    Tool{.name = "search",
+         .description = "Busca palavras nas transcrições, títulos e resultados de todos os "
+                        "recados.",
+         .inputSchema = R"({"type": "object", "properties": {
+             "consulta": {"type": "string"},
+             "limite": {"type": "integer", "minimum": 1, "maximum": 100}},
+             "required": ["consulta"]})",
+         .run = search},
+    Tool{.name = "destinos_list",
+         .description = "Lista os destinos (projetos) do Trovi com a instrução de cada um.",
+         .inputSchema = R"({"type": "object", "properties": {}})",
+         .run = destinosList},
 };
 
 }  // namespace
 
-JSONObject callTool(const ToolCall& call) {
+JSONArray catalogue() {
+  JSONArray descriptors;
+  for (const Tool& tool : tools) {
+    descriptors.push_back(
+        JSONObject{{"name", tool.name},
+                   {"description", tool.description},
+                   {"inputSchema", platform::parseJSON(tool.inputSchema).value()}});
+  }
+  return descriptors;
+}
+
+ToolResult callTool(const ToolCall& call) {
   try {
     // Read first, so that an unreadable inbox is an error whatever was asked.
     const Destinos destinos = call.store.destinos();
     for (const Tool& tool : tools) {
       if (tool.name == call.name) return tool.run(call, destinos);
     }
-    return toolError(joined({"Ferramenta desconhecida: ", call.name}));
+    return toolError("Ferramenta desconhecida: " + std::string(call.name));
   } catch (const Refusal& refusal) {
     return toolError(refusal.message);
   } catch (const std::exception& error) {
-    return toolError(joined({"Erro no Trovi: ", error.what()}));
+    return toolError(std::string("Erro no Trovi: ") + error.what());
   }
 }
 

@@ -1,4 +1,4 @@
-// The six tools, run on the store.
+// The six tools: what a client is told of them, and what they do.
 #pragma once
 
 #include <optional>
@@ -6,19 +6,24 @@
 #include <string_view>
 
 #include "JSON.h"
+#include "Rendering.h"
 #include "TroviCore/Store.h"
 
 namespace trovi::mcp {
 
+/// The tools' descriptors, in the order in which clients see them. An assistant decides by these
+/// texts what to call: they are fixed to the byte.
+platform::JSONArray catalogue();
+
 struct ToolCall {
-  std::string_view name;                  ///< as the client sent it
-  const platform::JSONObject& arguments;  ///< unknown ones are ignored
+  std::string_view name;                 ///< as the client sent it
+  const platform::JSONValue& arguments;  ///< unknown ones are ignored
   TroviStore& store;
   const std::optional<std::string>& clientName;  ///< as the client named itself
 };
 
 /// Runs one call. A missing argument, an unknown name, a refused change and a failure of the store
 /// all become a result that says so.
-platform::JSONObject callTool(const ToolCall& call);
+ToolResult callTool(const ToolCall& call);
 
 }  // namespace trovi::mcp

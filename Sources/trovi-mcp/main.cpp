@@ -5,30 +5,33 @@
 #include <optional>
 #include <string>
 
+#include "Descriptors.h"
 #include "LineReader.h"
 #include "Memory.h"
 #include "Output.h"
 #include "Server.h"
-#include "TextBuffer.h"
 #include "TroviCore/Paths.h"
 
 using namespace trovi;
 
 namespace {
 
-/// Writes the reply to `line`, if one is due. `buffer` is reused to keep its memory.
-void serve(mcp::Server& server, std::string_view line, platform::TextBuffer& buffer) {
+/// Writes one diagnostic line to standard error.
+void log(const std::string& message) {
+  platform::write(platform::standardError, "[trovi-mcp] " + message + "\n");
+}
+
+/// Writes the reply to `line`, if one is due.
+void serve(mcp::Server& server, std::string_view line) {
+  std::optional<std::string_view> reply;
   try {
-    const auto reply = server.answer(line);
-    if (!reply) return;
-    buffer.clear();
-    platform::appendJSON(buffer, *reply);
+    reply = server.answer(line);
   } catch (const std::exception&) {  // out of memory
-    mcp::log("não consegui serializar a resposta");
-    return;
+    return log("não consegui serializar a resposta");
   }
-  platform::write(platform::standardOutput, buffer.view());
-  platform::write(platform::standardOutput, "\n");
+  if (reply && platform::write(platform::standardOutput, *reply)) {
+    platform::write(platform::standardOutput, "\n");
+  }
 }
 
 }  // namespace
@@ -36,16 +39,14 @@ void serve(mcp::Server& server, std::string_view line, platform::TextBuffer& buf
 int main() {
   platform::keepFreedMemory();
   sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its memory statistics would take a lock
-  std::optional<platform::LineReader> lines;
-  std::optional<mcp::Server> server;
   try {
-    lines.emplace(platform::standardInput);
-    server.emplace(TroviPaths::supportDirectory() / "trovi.sqlite");
+    platform::LineReader lines(platform::standardInput);
+    TroviStore store(TroviPaths::databaseURL());
+    mcp::Server server(store);
+    while (const auto line = lines.next()) serve(server, *line);
+    std::exit(EXIT_SUCCESS);  // closes nothing: the file is always consistent
   } catch (const std::exception& error) {
-    mcp::log(std::string("não abri a caixa do Trovi: ") + error.what());
+    log(std::string("não abri a caixa do Trovi: ") + error.what());
     return EXIT_FAILURE;
   }
-  platform::TextBuffer buffer;
-  while (const auto line = lines->next()) serve(*server, *line, buffer);
-  std::exit(EXIT_SUCCESS);  // closes nothing: the file is always consistent
 }

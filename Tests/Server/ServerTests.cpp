@@ -10,14 +10,11 @@ namespace {
 class Answer : public tests::Inbox {
  protected:
   std::string call(const std::string& tool, const std::string& arguments) {
-    platform::TextBuffer text;
-    platform::appendJSON(
-        text, *server.answer(R"({"id":1,"method":"tools/call","params":{"name":")" + tool +
-                             R"(","arguments":)" + arguments + "}}"));
-    return std::string(text.view());
+    return std::string(*server.answer(R"({"id":1,"method":"tools/call","params":{"name":")" + tool +
+                                      R"(","arguments":)" + arguments + "}}"));
   }
 
-  Server server{file};
+  Server server{store};
 };
 
 TEST_F(Answer, HasTwentyMessagesUnlessAskedAndNeverMoreThanAHundred) {

@@ -6,7 +6,7 @@
 
 namespace trovi::platform {
 
-bool worthRetrying(int descriptor, short events) {
+bool waitToRetry(int descriptor, short events) {
   if (errno == EINTR) return true;
   if (errno != EAGAIN && errno != EWOULDBLOCK) return false;
   pollfd waiting{.fd = descriptor, .events = events, .revents = 0};

@@ -8,12 +8,12 @@
 #include <utility>
 
 #include "Descriptors.h"
+#include "Memory.h"
 
 namespace trovi::platform {
 namespace {
 
 constexpr std::size_t initialSize = std::size_t{64} << 10;
-constexpr std::size_t huge = std::size_t{4} << 20;  // a larger buffer is not kept after its line
 
 }  // namespace
 
@@ -50,7 +50,7 @@ bool LineReader::fill() {
       end_ += static_cast<std::size_t>(count);
       return count > 0;
     }
-    if (!worthRetrying(descriptor_, POLLIN)) return false;
+    if (!waitToRetry(descriptor_, POLLIN)) return false;
   }
 }
 
@@ -62,7 +62,10 @@ void LineReader::makeRoom() {
     end_ -= begin_;
     begin_ = 0;
   }
-  if (end_ == 0 && buffer_.size() > huge) buffer_ = std::vector<char>(initialSize);
+  if (end_ == 0 && buffer_.size() > mostKept) {
+    buffer_.resize(initialSize);
+    buffer_.shrink_to_fit();
+  }
   if (end_ < buffer_.size()) return;
   try {
     buffer_.resize(2 * buffer_.size());

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "Descriptors.h"
 #include "Output.h"
 
 namespace trovi::platform {

@@ -1,17 +1,11 @@
-// The loops that every byte of a transcript passes through, 16 bytes at a time.
+// The loops that every byte of a transcript passes through, 16 bytes at a time, in the vector types
+// of g++ and clang.
 #pragma once
 
-#include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#elif defined(__ARM_NEON)
-#include <arm_neon.h>
-#endif
 
 namespace trovi::platform {
 
@@ -23,103 +17,39 @@ constexpr bool isSpecial(char c) {
 }
 
 inline constexpr std::size_t blockSize = 16;
+using Block [[gnu::vector_size(blockSize)]] = signed char;  // signed: UTF-8's 0x80 is the smallest
 
-/// One mark per byte of a block, `bitsPerByte` bits wide, the first byte's mark in the lowest bits;
-/// 0 if no byte is marked.
-#if defined(__ARM_NEON)
-using Marks = std::uint64_t;
-inline constexpr int bitsPerByte = 4;
-#else
-using Marks = std::uint32_t;
-inline constexpr int bitsPerByte = 1;
-#endif
-
-/// The number of bytes before the first marked one.
-inline std::size_t bytesBefore(Marks marks) {
-  return static_cast<std::size_t>(std::countr_zero(marks) / bitsPerByte);
+inline Block load(const char* bytes) {
+  Block block;
+  std::memcpy(&block, bytes, blockSize);
+  return block;
 }
 
-// For one block, `specials` marks its special bytes. `isLatin` says whether it is well-formed UTF-8
-// of one or two bytes per character, as far as the block and the byte before it show.
-
-#if defined(__SSE2__)
-
-inline __m128i load(const char* block) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(block));
+/// Whether a comparison of two blocks holds for any of their bytes.
+inline bool any(Block comparison) {
+  using Halves [[gnu::vector_size(blockSize)]] = std::uint64_t;
+  const auto halves = reinterpret_cast<Halves>(comparison);
+  return (halves[0] | halves[1]) != 0;
 }
 
-inline Marks packed(__m128i marks) { return static_cast<Marks>(_mm_movemask_epi8(marks)); }
-
-inline Marks specials(const char* block) {
-  const __m128i bytes = load(block);
-  const __m128i control = _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(0x1F)), bytes);
-  const __m128i quote = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('"'));
-  const __m128i backslash = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'));
-  return packed(_mm_or_si128(control, _mm_or_si128(quote, backslash)));
+inline bool hasSpecial(const char* block) {
+  const Block bytes = load(block);
+  return any(((bytes & -0x20) == 0) | (bytes == '"') | (bytes == '\\'));
 }
 
+/// Whether the block is well-formed UTF-8 of one or two bytes per character, as far as it and the
+/// byte before it show.
 inline bool isLatin(const char* block) {
-  const auto below = [](__m128i bytes, int limit) {  // signed: 0x80 is the smallest, 0xFF is -1
-    return _mm_cmplt_epi8(bytes, _mm_set1_epi8(static_cast<char>(limit)));
+  constexpr auto signedByte = [](int byte) { return static_cast<signed char>(byte); };
+  const auto leads = [&](Block bytes) {
+    return (bytes > signedByte(0xC1)) & (bytes < signedByte(0xE0));
   };
-  const auto leads = [&](__m128i bytes) {
-    return _mm_andnot_si128(below(bytes, 0xC2), below(bytes, 0xE0));
-  };
-  const __m128i bytes = load(block);
-  const __m128i following = below(bytes, 0xC0);
-  const __m128i misplaced = _mm_xor_si128(following, leads(load(block - 1)));
-  const __m128i unknown = _mm_xor_si128(bytes, _mm_or_si128(following, leads(bytes)));
-  return packed(_mm_or_si128(misplaced, unknown)) == 0;
+  const Block bytes = load(block);
+  const Block following = bytes < signedByte(0xC0);
+  const Block misplaced = following ^ leads(load(block - 1));
+  const Block unknown = (bytes < 0) ^ (following | leads(bytes));
+  return !any(misplaced | unknown);
 }
-
-#elif defined(__ARM_NEON)
-
-inline uint8x16_t load(const char* block) {
-  return vld1q_u8(reinterpret_cast<const std::uint8_t*>(block));
-}
-
-inline Marks packed(uint8x16_t marks) {
-  const uint8x8_t nibbles = vshrn_n_u16(vreinterpretq_u16_u8(marks), 4);
-  return vget_lane_u64(vreinterpret_u64_u8(nibbles), 0);
-}
-
-inline Marks specials(const char* block) {
-  const uint8x16_t bytes = load(block);
-  const uint8x16_t quoting =
-      vorrq_u8(vceqq_u8(bytes, vdupq_n_u8('"')), vceqq_u8(bytes, vdupq_n_u8('\\')));
-  return packed(vorrq_u8(vcltq_u8(bytes, vdupq_n_u8(0x20)), quoting));
-}
-
-inline bool isLatin(const char* block) {
-  const auto within = [](uint8x16_t bytes, std::uint8_t low, std::uint8_t high) {
-    return vandq_u8(vcgeq_u8(bytes, vdupq_n_u8(low)), vcleq_u8(bytes, vdupq_n_u8(high)));
-  };
-  const uint8x16_t bytes = load(block);
-  const uint8x16_t following = within(bytes, 0x80, 0xBF);
-  const uint8x16_t misplaced = veorq_u8(following, within(load(block - 1), 0xC2, 0xDF));
-  const uint8x16_t unknown = vorrq_u8(within(bytes, 0xC0, 0xC1), within(bytes, 0xE0, 0xFF));
-  return packed(vorrq_u8(misplaced, unknown)) == 0;
-}
-
-#else
-
-inline Marks specials(const char* block) {
-  Marks marks = 0;
-  for (std::size_t i = 0; i < blockSize; ++i) marks |= Marks{isSpecial(block[i])} << i;
-  return marks;
-}
-
-inline bool isLatin(const char* block) {
-  const auto follows = [](char c) { return (c & 0xC0) == 0x80; };
-  const auto leads = [](char c) { return (c & 0xE0) == 0xC0 && (c & 0x1E) != 0; };
-  for (const char* at = block; at < block + blockSize; ++at) {
-    if (follows(*at) != leads(at[-1])) return false;
-    if ((*at & 0x80) != 0 && !follows(*at) && !leads(*at)) return false;
-  }
-  return true;
-}
-
-#endif
 
 }  // namespace bytescan
 
@@ -128,10 +58,7 @@ inline bool isLatin(const char* block) {
 inline std::size_t plainPrefix(std::string_view text) {
   using namespace bytescan;
   std::size_t i = 0;
-  for (; i + blockSize <= text.size(); i += blockSize) {
-    const Marks marks = specials(text.data() + i);
-    if (marks != 0) return i + bytesBefore(marks);
-  }
+  while (i + blockSize <= text.size() && !hasSpecial(text.data() + i)) i += blockSize;
   while (i < text.size() && !isSpecial(text[i])) ++i;
   return i;
 }

@@ -30,15 +30,21 @@ class Reader {
  private:
   static constexpr int maxDepth = 512;
 
-  bool at(char c) const { return !rest_.empty() && rest_.front() == c; }
   bool take(char c) {
-    if (!at(c)) return false;
+    if (rest_.empty() || rest_.front() != c) return false;
     rest_.remove_prefix(1);
     return true;
   }
   bool takeWord(std::string_view word) {
     if (!rest_.starts_with(word)) return false;
     rest_.remove_prefix(word.size());
+    return true;
+  }
+  /// Takes `c` and the white space around it.
+  bool takeMark(char c) {
+    skipSpace();
+    if (!take(c)) return false;
+    skipSpace();
     return true;
   }
   void skipSpace() {
@@ -54,62 +60,44 @@ class Reader {
   bool value(JSONValue& out) {
     if (rest_.empty()) return false;
     switch (rest_.front()) {
-      case '{': return nested([&] { return object(out); });
-      case '[': return nested([&] { return array(out); });
-      case '"': return string(out.emplace<std::string>());
+      case '{': return object(out.content.emplace<JSONObject>());
+      case '[': return array(out.content.emplace<JSONArray>());
+      case '"': return string(out.content.emplace<std::string>());
       case 't': out = true; return takeWord("true");
       case 'f': out = false; return takeWord("false");
-      case 'n': out = nullptr; return takeWord("null");
-      default: return number(out);
+      case 'n': return takeWord("null");
+      default: return number(out.content.emplace<JSONNumber>());
     }
   }
 
-  template <class Rule>
-  bool nested(const Rule& rule) {
+  bool object(JSONObject& members) {
+    if (depth_ == 0) members.reserve(4);  // as many as a request has
+    return elements('{', '}', [&] {
+      auto& [key, member] = members.emplace_back();
+      return string(key) && takeMark(':') && value(member);
+    });
+  }
+
+  bool array(JSONArray& array) {
+    return elements('[', ']', [&] { return value(array.emplace_back()); });
+  }
+
+  template <class Element>
+  bool elements(char open, char close, const Element& element) {
     if (depth_ == maxDepth) return false;
     ++depth_;
-    rest_.remove_prefix(1);
-    skipSpace();
-    const bool good = rule();
+    takeMark(open);
+    if (!takeMark(close)) {
+      do {
+        if (!element()) return false;
+      } while (takeMark(','));
+      if (!takeMark(close)) return false;
+    }
     --depth_;
-    return good;
-  }
-
-  /// Reads what follows an element: a comma, or the end of the container.
-  bool separator(char close, bool& done) {
-    skipSpace();
-    done = take(close);
-    if (done) return true;
-    if (!take(',')) return false;
-    skipSpace();
     return true;
   }
 
-  bool object(JSONValue& out) {
-    std::vector<JSONObject::Member> members;
-    if (depth_ == 1) members.reserve(4);  // as many as a request has
-    for (bool done = take('}'); !done;) {
-      auto& [key, member] = members.emplace_back();
-      if (!string(key.emplace())) return false;
-      skipSpace();
-      if (!take(':')) return false;
-      skipSpace();
-      if (!value(member) || !separator('}', done)) return false;
-    }
-    out = JSONObject(std::move(members));
-    return true;
-  }
-
-  bool array(JSONValue& out) {
-    JSONArray elements;
-    for (bool done = take(']'); !done;) {
-      if (!value(elements.emplace_back()) || !separator(']', done)) return false;
-    }
-    out = std::move(elements);
-    return true;
-  }
-
-  bool number(JSONValue& out) {
+  bool number(JSONNumber& out) {
     const std::string_view start = rest_;
     take('-');
     if (!take('0') && digits() == 0) return false;
@@ -118,7 +106,7 @@ class Reader {
       if (!take('+')) take('-');
       if (digits() == 0) return false;
     }
-    out.emplace<JSONNumber>().literal = start.substr(0, start.size() - rest_.size());
+    out.literal = start.substr(0, start.size() - rest_.size());
     return true;
   }
 

@@ -1,109 +1,105 @@
-#include <new>
+#include <algorithm>
+#include <array>
 
+#include "ByteScan.h"
 #include "JSON.h"
 
 namespace trovi::platform {
 namespace {
 
-enum class Layout {
-  compact,
-  prettyText,  ///< on several lines, escaped for a JSON string
-};
+/// Appends `text` with the escapes for a JSON string, or for one inside a JSON string. It must be
+/// valid UTF-8.
+void appendEscaped(std::string& out, std::string_view text, bool isInside) {
+  static constexpr std::string_view bytes = "\"\\\b\f\n\r\t";
+  static constexpr std::string_view names = "\"\\bfnrt";
+  static constexpr std::string_view digits = "0123456789abcdef";
+  for (;;) {
+    const std::size_t plain = plainPrefix(text);
+    out.append(text.data(), plain);
+    if (plain == text.size()) return;
+    const auto byte = static_cast<unsigned char>(text[plain]);
+    std::array escape{'\\', 'u', '0', '0', digits[byte >> 4], digits[byte & 0xF]};
+    std::size_t size = escape.size();
+    if (const auto i = bytes.find(text[plain]); i != std::string_view::npos) {
+      escape[1] = names[i];
+      size = 2;
+    }
+    const std::string_view escaped(escape.data(), size);
+    isInside ? appendEscaped(out, escaped, false) : void(out += escaped);
+    text.remove_prefix(plain + 1);
+  }
+}
 
-template <Layout layout>
 class Writer {
  public:
-  explicit Writer(TextBuffer& out) : out_(out) {}
+  /// `isPretty`: sorted and on several lines, escaped for a JSON string.
+  Writer(std::string& out, bool isPretty) : out_(out), isPretty_(isPretty) {}
 
   void write(const JSONValue& value) {
-    if (const auto* text = value.text()) {
-      write(std::string_view(*text));
-    } else if (const auto* number = value.number()) {
-      out_.append(number->literal);
-    } else if (const auto* object = value.object()) {
-      write(*object);
-    } else if (const auto* array = value.array()) {
-      container('[', *array, ']', [this](const JSONValue& element) { write(element); });
-    } else if (const auto* written = value.written()) {
-      layout == Layout::compact ? out_.append(*written)
-                                : out_.appendEscaped(*written, TextBuffer::Depth::once);
-    } else if (const auto* payload = value.payload()) {
-      writeText(*payload);
-    } else if (const auto* boolean = value.boolean()) {
-      out_.append(*boolean ? "true" : "false");
-    } else {
-      out_.append("null");
-    }
-  }
-
-  void write(const JSONObject& object) {
-    if (layout == Layout::prettyText && !object.isSorted()) {
-      container('{', object.sorted(), '}', [this](const auto* member) { this->write(*member); });
-    } else {
-      container('{', object, '}', [this](const auto& member) { this->write(member); });
-    }
+    std::visit([this](const auto& content) { write(content); }, value.content);
   }
 
  private:
-  void write(const JSONObject::Member& member) {
-    write(member.first.view(), member.first.isLiteral());
-    out_.append(layout == Layout::prettyText ? ": " : ":");
-    write(member.second);
+  void write(std::monostate /*null*/) { out_ += "null"; }
+  void write(bool value) { out_ += value ? "true" : "false"; }
+  void write(const JSONNumber& number) { out_ += number.literal; }
+  void write(const std::string& text) {
+    out_ += isPretty_ ? "\\\"" : "\"";
+    appendEscaped(out_, text, isPretty_);
+    out_ += isPretty_ ? "\\\"" : "\"";
   }
-
-  void write(std::string_view text, bool isPlain = false) {
-    out_.append(quote);
-    isPlain ? out_.append(text) : out_.appendEscaped(text, depth);
-    out_.append(quote);
+  void write(const JSONArray& array) {
+    container('[', array, ']', [this](const JSONValue& element) { write(element); });
   }
-
-  void writeText(const JSONValue& payload) {
-    const std::size_t start = out_.view().size();
-    try {
-      out_.append('"');
-      Writer<Layout::prettyText>(out_).write(payload);
-    } catch (const std::bad_alloc&) {
-      out_.shrink(start);
-      out_.append('"');
+  void write(const JSONObject& object) {
+    const auto byKey = [](const auto& a, const auto& b) { return a.first < b.first; };
+    if (isPretty_ && !std::is_sorted(object.begin(), object.end(), byKey)) {
+      JSONObject sorted = object;
+      std::stable_sort(sorted.begin(), sorted.end(), byKey);
+      return write(sorted);
     }
-    out_.append('"');
+    container('{', object, '}', [this](const auto& member) {
+      write(member.first);
+      out_ += isPretty_ ? ": " : ":";
+      write(member.second);
+    });
   }
 
   template <class Container, class Element>
   void container(char open, const Container& elements, char close, const Element& element) {
-    out_.append(open);
+    out_ += open;
     ++level_;
     bool first = true;
     for (const auto& each : elements) {
-      if (!first) out_.append(',');
+      if (!first) out_ += ',';
       first = false;
       breakLine();
       element(each);
     }
     --level_;
     if (!elements.empty()) breakLine();
-    out_.append(close);
+    out_ += close;
   }
 
   void breakLine() {
-    if constexpr (layout == Layout::prettyText) {
-      out_.append("\\n");
-      out_.append(2 * level_, ' ');
-    }
+    if (!isPretty_) return;
+    out_ += "\\n";
+    out_.append(2 * level_, ' ');
   }
 
-  static constexpr auto depth =
-      layout == Layout::compact ? TextBuffer::Depth::once : TextBuffer::Depth::twice;
-  static constexpr std::string_view quote = layout == Layout::compact ? "\"" : "\\\"";
-
-  TextBuffer& out_;
+  std::string& out_;
+  bool isPretty_;
   std::size_t level_ = 0;
 };
 
 }  // namespace
 
-void appendJSON(TextBuffer& out, const JSONObject& object) {
-  Writer<Layout::compact>(out).write(object);
+void appendJSON(std::string& out, const JSONValue& value) { Writer(out, false).write(value); }
+
+void appendPrettyJSONText(std::string& out, const JSONValue& value) {
+  out += '"';
+  Writer(out, true).write(value);
+  out += '"';
 }
 
 }  // namespace trovi::platform
