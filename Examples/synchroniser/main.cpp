@@ -121,9 +121,8 @@ Folder read(const path& shared, const std::string& machine) {
   return folder;
 }
 
-/// Makes the deletions of every machine this machine's own. Runs before `takeOver`, or messages
-/// that were deleted here would come back. The store forgets a deletion once another machine knows
-/// of it, so that it outlives the loss of this machine's folder.
+/// Makes the deletions of every machine this machine's own. The store forgets one only when another
+/// machine knows of it, so that it outlives the loss of this machine's folder.
 void exchangeDeletions(TroviStore& store, Folder& folder) {
   for (const std::string& id : store.pendingDeletions(-1)) {
     if (!fits(id) || folder.known.contains(nameOf(id))) {
