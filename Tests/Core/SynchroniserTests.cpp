@@ -60,7 +60,7 @@ TEST_F(Synchroniser, LetsTheNewestStateWinAndADeletionBeFinal) {
 
 TEST_F(Synchroniser, LosesAndDoublesNothingWhenItIsDisturbed) {
   for (const char* id : {"0", "1", "2"}) store.insert(someRecado(id, std::stod(id)));
-  other.execute(R"(CREATE TRIGGER t AFTER UPDATE OF dirty ON recado WHEN NEW.dirty = 0
+  other.execute(R"(CREATE TRIGGER t AFTER UPDATE OF dirty ON recado WHEN OLD.dirty = 2
     AND NEW.id = '0' BEGIN UPDATE recado SET result = 'x' WHERE id = '2'; END)");
   second.db().execute(R"(CREATE TRIGGER t AFTER INSERT ON recado WHEN NEW.id IN ('0', '1')
     BEGIN INSERT INTO recado_apagado VALUES (1 - NEW.id, 0); END)");
