@@ -3,7 +3,11 @@
 #include <TroviCore/Paths.h>
 #include <TroviCore/Store.h>
 #include <TroviCore/Text.h>
+#include <TroviCore/Version.h>
 
+#if TROVI_VERSION_NUMBER < 100
+#error "the version is not that of CMakeLists.txt"
+#endif
 #if defined(SQLITE_VERSION) || defined(UTF8PROC_VERSION_MAJOR)
 #error "a public header shows a library that is ours to choose"
 #endif
