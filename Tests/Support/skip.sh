@@ -7,5 +7,5 @@ skip() {
 
 # fresh PACKAGE SERVER: a package older than the server is from another build.
 fresh() {
-  [ "$1" -nt "$2" ] || skip "there is no fresh ${1##*/}, which Scripts/package or Scripts/bill makes"
+  [ "$1" -nt "$2" ] || skip "there is no fresh ${1##*/}, which Scripts/package makes"
 }
