@@ -2,19 +2,33 @@
 # library component TroviCore. Its package and pkg-config file find their way from where they lie,
 # so the folder may be moved.
 
-if(PROJECT_IS_TOP_LEVEL)
-  # Whatever the umask, every user may enter the folders.
-  set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-  # Debian's tools look for libraries here, below /usr and below /usr/local.
-  if(CMAKE_LIBRARY_ARCHITECTURE AND EXISTS "/etc/debian_version")
-    set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Folder of libraries")
-  endif()
+# Debian's tools look for libraries here, below /usr and below /usr/local.
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_LIBRARY_ARCHITECTURE AND EXISTS "/etc/debian_version")
+  set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Folder of libraries")
 endif()
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(package_destination "${CMAKE_INSTALL_LIBDIR}/cmake/TroviCore")
 set(package_files "${PROJECT_BINARY_DIR}/package")
+
+# Whatever the umask, every user may enter the folders that are made for a component.
+function(trovi_install_folders component)
+  install(CODE "
+    foreach(path ${ARGN})
+      string(REPLACE / \";\" names \"./\${path}\")
+      set(folder \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
+      foreach(name IN LISTS names)
+        string(APPEND folder \"/\${name}\")
+        if(NOT EXISTS \"\${folder}\")
+          file(MAKE_DIRECTORY \"\${folder}\")
+          file(CHMOD \"\${folder}\" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+            GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+        endif()
+      endforeach()
+    endforeach()" COMPONENT ${component})
+endfunction()
+trovi_install_folders(TroviCore "${CMAKE_INSTALL_INCLUDEDIR}/TroviCore" "${package_destination}"
+  "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
 # CMake before 3.23 knows no file sets, and needs to be told the folder of the headers.
 install(TARGETS TroviCore EXPORT TroviCoreTargets COMPONENT TroviCore
@@ -46,6 +60,7 @@ install(FILES "${package_files}/TroviCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDI
 
 # The server finds a shared library of ours where it was installed with it.
 if(TROVI_BUILD_SERVER)
+  trovi_install_folders(trovi-mcp "${CMAKE_INSTALL_BINDIR}")
   install(TARGETS trovi-mcp COMPONENT trovi-mcp)
   if(BUILD_SHARED_LIBS)
     file(RELATIVE_PATH libdir_from_bindir

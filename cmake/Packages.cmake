@@ -64,6 +64,9 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS LICENSE)
 
 # Both components, which Install.cmake begins, get what Debian asks for.
 set(document_folder "${CMAKE_INSTALL_DATAROOTDIR}/doc")
+trovi_install_folders(TroviCore "${document_folder}/libtrovicore-dev")
+trovi_install_folders(trovi-mcp "${document_folder}/trovi-mcp" "${CMAKE_INSTALL_MANDIR}/man1"
+  "${CMAKE_INSTALL_LIBEXECDIR}/trovi-mcp")
 set(documents "${generated}/copyright" "${generated}/changelog.gz" CHANGELOG.md)
 install(FILES ${documents} DESTINATION "${document_folder}/trovi-mcp" COMPONENT trovi-mcp)
 install(FILES ${documents} DESTINATION "${document_folder}/libtrovicore-dev" COMPONENT TroviCore)
@@ -90,7 +93,7 @@ add_custom_target(bundle
     --prefix "${generated}/bundle"
   COMMAND "${CMAKE_COMMAND}" -E make_directory "${PROJECT_BINARY_DIR}/packages"
   COMMAND "${CMAKE_COMMAND}" -E chdir "${generated}/bundle" "${CMAKE_COMMAND}" -E env TZ=UTC
-    "${CMAKE_COMMAND}" -E tar cf "${TROVI_BUNDLE}" --format=zip "--mtime=${date}"
+    "${CMAKE_COMMAND}" -E tar cf "${TROVI_BUNDLE}" --format=zip
     manifest.json icon.png copyright mcpb-resources/en-US.json server/trovi-mcp
   VERBATIM)
 add_dependencies(bundle trovi-mcp)
@@ -123,7 +126,6 @@ elseif(system STREQUAL "linux")
 endif()
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS ${CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS})
 set(CPACK_PACKAGE_NAME trovi)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each Debian package has its own
 set(CPACK_PACKAGE_CONTACT "${TROVI_MAINTAINER}")
