@@ -13,19 +13,10 @@ set(package_files "${PROJECT_BINARY_DIR}/package")
 
 # Whatever the umask, every user may enter the folders that are made for a component.
 function(trovi_install_folders component)
-  install(CODE "
-    foreach(path ${ARGN})
-      string(REPLACE / \";\" names \"./\${path}\")
-      set(folder \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
-      foreach(name IN LISTS names)
-        string(APPEND folder \"/\${name}\")
-        if(NOT EXISTS \"\${folder}\")
-          file(MAKE_DIRECTORY \"\${folder}\")
-          file(CHMOD \"\${folder}\" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
-            GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-        endif()
-      endforeach()
-    endforeach()" COMPONENT ${component})
+  foreach(folder IN LISTS ARGN)
+    install(CODE "execute_process(COMMAND sh -c [[umask 022; mkdir -p \"$0\"]]
+      \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}\")" COMPONENT ${component})
+  endforeach()
 endfunction()
 trovi_install_folders(TroviCore "${CMAKE_INSTALL_INCLUDEDIR}/TroviCore" "${package_destination}"
   "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -1,19 +1,12 @@
 # What packages contain beside the programs and the library, and the packages, which Scripts/package makes
 # in packages/ of the build tree:
-#   trovi-mcp_*.deb, libtrovicore-dev_*.deb   by cpack, if dpkg-dev and file are installed
-#   trovi-mcp-*.tar.gz                        by cpack: the same server, to be unpacked anywhere
-#   trovi-*.mcpb                              by the target bundle: for desktop assistants
+#   trovi-mcp-*.tar.gz                        target archives: the server, to be unpacked anywhere
+#   trovi-*.mcpb                              target archives: the bundle that desktop assistants install
+#   trovi-mcp_*.deb, libtrovicore-dev_*.deb   cpack
 
 include(packaging/owner.cmake)
 string(TOLOWER "${CMAKE_SYSTEM_NAME}" system)
-# A cross compiler names its processor only in the folder of its libraries.
-set(TROVI_PROCESSOR "" CACHE STRING "Processor that the packages name, if not the compiler's")
-set(processor "${CMAKE_SYSTEM_PROCESSOR}")
-if(TROVI_PROCESSOR)
-  set(processor "${TROVI_PROCESSOR}")
-elseif(CMAKE_LIBRARY_ARCHITECTURE)
-  string(REGEX MATCH "^[^-]+" processor "${CMAKE_LIBRARY_ARCHITECTURE}")
-endif()
+set(TROVI_PROCESSOR "${CMAKE_SYSTEM_PROCESSOR}" CACHE STRING "Processor that the archives name")
 set(generated "${PROJECT_BINARY_DIR}/packaging")
 
 # Our licence, and those of the libraries inside the executables, from Debian's packages or Homebrew.
@@ -23,19 +16,13 @@ if(TROVI_STATIC_DEPENDENCIES)
     "and GCC's libstdc++.\nTheir copyright and licences follow, as the packages that they come from state "
     "them.\n")
   file(REAL_PATH "${Trovi_utf8proc_LIBRARY}" library)
-  string(REGEX MATCH "^.*/Cellar/utf8proc/[^/]+" keg "${library}")
-  file(GLOB licences "${keg}/LICENSE*")
-  if(NOT keg)
-    set(licences libsqlite3-dev libutf8proc-dev uuid-dev libstdc++6)
-    list(TRANSFORM licences REPLACE "(.+)" "/usr/share/doc/\\1/copyright")
-  elseif(NOT licences)
-    set(CPACK_TROVI_REFUSAL "Homebrew's utf8proc has no LICENSE, which packages must contain")
-  endif()
+  string(REGEX REPLACE "/lib/[^/]*$" "" homebrew "${library}")
+  file(GLOB licences "${homebrew}/LICENSE*" /usr/share/doc/libsqlite3-dev/copyright
+    /usr/share/doc/libstdc++6/copyright /usr/share/doc/libutf8proc-dev/copyright
+    /usr/share/doc/uuid-dev/copyright)
   foreach(file IN LISTS licences)
-    if(EXISTS "${file}")
-      file(READ "${file}" licence)
-      string(APPEND copyright "\n\n---- ${file} ----\n\n${licence}")
-    endif()
+    file(READ "${file}" licence)
+    string(APPEND copyright "\n\n---- ${file} ----\n\n${licence}")
   endforeach()
 endif()
 file(WRITE "${generated}/copyright" "${copyright}")
@@ -72,7 +59,6 @@ install(FILES ${documents} DESTINATION "${document_folder}/trovi-mcp" COMPONENT 
 install(FILES ${documents} DESTINATION "${document_folder}/libtrovicore-dev" COMPONENT TroviCore)
 install(FILES "${generated}/trovi-mcp.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
   COMPONENT trovi-mcp)
-set(CPACK_PACKAGE_FILE_NAME "trovi-mcp-${PROJECT_VERSION}-${system}-${processor}")
 configure_file(cmake/InstallPages.cmake.in "${generated}/InstallPages.cmake" @ONLY)
 install(SCRIPT "${generated}/InstallPages.cmake" COMPONENT trovi-mcp)
 if(TARGET recorder)
@@ -80,23 +66,11 @@ if(TARGET recorder)
     COMPONENT trovi-mcp)
 endif()
 
-# The bundle is an archive in zip's format, which stores local times. Programs that unpack bundles fail on
-# entries for folders, so it names its files.
+# The bundle, which nobody installs by hand.
 install(TARGETS trovi-mcp RUNTIME DESTINATION server COMPONENT bundle EXCLUDE_FROM_ALL)
 install(FILES "${generated}/manifest.json" packaging/icon.png "${generated}/copyright" DESTINATION .
   COMPONENT bundle EXCLUDE_FROM_ALL)
 install(DIRECTORY "${generated}/mcpb-resources" DESTINATION . COMPONENT bundle EXCLUDE_FROM_ALL)
-set(TROVI_BUNDLE
-  "${PROJECT_BINARY_DIR}/packages/trovi-${PROJECT_VERSION}-${system}-${processor}.mcpb")
-add_custom_target(bundle
-  COMMAND "${CMAKE_COMMAND}" --install "${PROJECT_BINARY_DIR}" --component bundle --strip
-    --prefix "${generated}/bundle"
-  COMMAND "${CMAKE_COMMAND}" -E make_directory "${PROJECT_BINARY_DIR}/packages"
-  COMMAND "${CMAKE_COMMAND}" -E chdir "${generated}/bundle" "${CMAKE_COMMAND}" -E env TZ=UTC
-    "${CMAKE_COMMAND}" -E tar cf "${TROVI_BUNDLE}" --format=zip
-    manifest.json icon.png copyright mcpb-resources/en-US.json server/trovi-mcp
-  VERBATIM)
-add_dependencies(bundle trovi-mcp)
 
 # macOS runs only signed executables, and strip and lipo remove the linker's signature.
 if(APPLE)
@@ -110,32 +84,39 @@ if(APPLE)
     ALL_COMPONENTS)
 endif()
 
-set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
-set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_CURRENT_LIST_DIR}/PackageKinds.cmake")
-set(CPACK_GENERATOR TGZ)
-if(BUILD_SHARED_LIBS)
-  set(CPACK_TROVI_REFUSAL "packages hold the static library: configure with BUILD_SHARED_LIBS=OFF")
-endif()
-find_program(TROVI_SHLIBDEPS dpkg-shlibdeps)
-find_program(TROVI_FILE file)
-mark_as_advanced(TROVI_SHLIBDEPS TROVI_FILE)
-if(TROVI_SHLIBDEPS AND TROVI_FILE)
-  list(APPEND CPACK_GENERATOR DEB)
-elseif(system STREQUAL "linux")
-  message(STATUS "cpack will make no .deb here: it needs Debian's packages dpkg-dev and file")
-endif()
+# The archives name their files: these have an order, and there are no entries for folders, on which programs
+# that unpack bundles fail. Zip's format stores local times.
+set(packages "${PROJECT_BINARY_DIR}/packages")
+set(machine "${PROJECT_VERSION}-${system}-${TROVI_PROCESSOR}")
+set(TROVI_BUNDLE "${packages}/trovi-${machine}.mcpb")
+set(archived bin/trovi-mcp ${CMAKE_INSTALL_LIBEXECDIR}/trovi-mcp/recorder
+  ${CMAKE_INSTALL_MANDIR}/man1/trovi-mcp.1.gz)
+foreach(document changelog.gz CHANGELOG.md copyright LEIAME.md README.md)
+  list(APPEND archived ${document_folder}/trovi-mcp/${document})
+endforeach()
+list(TRANSFORM archived PREPEND "trovi-mcp-${machine}/")
+set(install "${CMAKE_COMMAND}" --install "${PROJECT_BINARY_DIR}" --strip --component)
+set(tar "${CMAKE_COMMAND}" -E env TZ=UTC "${CMAKE_COMMAND}" -E tar)
+add_custom_target(archives
+  COMMAND "${CMAKE_COMMAND}" -E make_directory "${packages}"
+  COMMAND ${install} bundle --prefix "${generated}/bundle"
+  COMMAND "${CMAKE_COMMAND}" -E chdir "${generated}/bundle" ${tar} cf "${TROVI_BUNDLE}" --format=zip
+    manifest.json icon.png copyright mcpb-resources/en-US.json server/trovi-mcp
+  COMMAND ${install} trovi-mcp --prefix "${generated}/archive/trovi-mcp-${machine}"
+  COMMAND "${CMAKE_COMMAND}" -E chdir "${generated}/archive" ${tar} czf
+    "${packages}/trovi-mcp-${machine}.tar.gz" --format=gnutar ${archived}
+  VERBATIM)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_DIRECTORY "${packages}")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_NAME trovi)
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each Debian package has its own
 set(CPACK_PACKAGE_CONTACT "${TROVI_MAINTAINER}")
-set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
-
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own
+set(CPACK_COMPONENTS_ALL trovi-mcp TroviCore)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-if(TROVI_SHLIBDEPS AND CMAKE_LIBRARY_ARCHITECTURE)
-  execute_process(COMMAND dpkg-architecture -t "${CMAKE_LIBRARY_ARCHITECTURE}" -q DEB_HOST_ARCH
-    OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
-endif()
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_TROVI-MCP_PACKAGE_NAME trovi-mcp)

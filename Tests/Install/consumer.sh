@@ -38,7 +38,7 @@ for flavour in static shared; do
   mv "$work/moved" "$work/$flavour"
 done
 # The platform layer and the inside of a connection must not be exported.
-nm -DC --defined-only "$work"/shared/lib*/libTroviCore.* "$work"/shared/lib*/*/libTroviCore.* >"$work/symbols" || :
+find "$work/shared" -name 'libTroviCore.*' -exec nm -DC --defined-only {} + >"$work/symbols"
 grep -q 'TroviStore::recados' "$work/symbols"
 if grep -E 'platform::|Connection|sqlite3_|utf8proc_' "$work/symbols"; then exit 1; fi
 

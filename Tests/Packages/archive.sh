@@ -21,4 +21,5 @@ for page in README.md LEIAME.md; do
   for link in $(sed -n 's/.*](\([^)#:]*\)).*/\1/p' $page); do [ -e "$link" ]; done
 done
 grep -q "^## $version\b" CHANGELOG.md
+grep -q '^---- .*utf8proc' copyright
 gzip -dc "$work/share/man/man1/trovi-mcp.1.gz" | grep -qF "Trovi $version"
