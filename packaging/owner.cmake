@@ -4,6 +4,6 @@ set(TROVI_MAINTAINER "Trovi maintainers <maintainers@trovi.invalid>")  # gets se
 set(TROVI_AUTHOR "Trovi")   # in the bundle
 set(TROVI_LICENSE "MIT")    # an SPDX identifier, of the text in LICENSE
 set(TROVI_HOMEPAGE "")      # a URL, as all that follow
-set(TROVI_REPOSITORY "")    # without .git at the end; on GitHub for server.json
+set(TROVI_REPOSITORY "")    # on GitHub, without .git at the end
 set(TROVI_DOCUMENTATION "")
 set(TROVI_SUPPORT "")       # where users get help
