@@ -88,7 +88,8 @@ endif()
 # that unpack bundles fail. Zip's format stores local times.
 set(packages "${PROJECT_BINARY_DIR}/packages")
 set(machine "${PROJECT_VERSION}-${system}-${TROVI_PROCESSOR}")
-set(TROVI_BUNDLE "${packages}/trovi-${machine}.mcpb")
+set(TROVI_BUNDLE  # read by Tests/Clients too
+  "${packages}/trovi-${machine}.mcpb")
 set(archived bin/trovi-mcp ${CMAKE_INSTALL_LIBEXECDIR}/trovi-mcp/recorder
   ${CMAKE_INSTALL_MANDIR}/man1/trovi-mcp.1.gz)
 foreach(document changelog.gz CHANGELOG.md copyright LEIAME.md README.md)
