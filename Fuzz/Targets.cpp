@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "JSON.h"
@@ -17,7 +18,7 @@ namespace {
 using platform::JSONValue;
 
 void require(bool holds, const char* promise) {
-  if (!holds) throw Broken(promise);
+  if (!holds) throw std::logic_error(promise);
 }
 
 std::string written(const JSONValue& value) {

@@ -33,15 +33,7 @@ absolute() {
 quietly() {
   printf '%s\n' "$1"
   shift
-  chatter=$(mktemp)
-  # shellcheck disable=SC2094
-  exec 8>"$chatter" 9<"$chatter"
-  rm -f "$chatter"  # it stays open; an interruption leaves nothing behind
-  status=0
-  "$@" >&8 2>&1 8>&- 9<&- || status=$?
-  [ "$status" = 0 ] || cat <&9 >&2
-  exec 8>&- 9<&-
-  return "$status"
+  log=$("$@" 2>&1) || { status=$?; printf '%s\n' "$log" >&2; return "$status"; }
 }
 
 # is_ours PRESET: whether its build is of the sources here, and not of a checkout that was moved or copied.
@@ -60,14 +52,4 @@ configure() {
 # Configures the release build unless that has been done. Only Scripts/test needs GoogleTest.
 configured() {
   is_ours release || configure release -DBUILD_TESTING=OFF
-}
-
-# Prints the version in CMakeLists.txt.
-project_version() {
-  sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt
-}
-
-# sums FILE...: prints their SHA-256 checksums as sha256sum does, which macOS does not have.
-sums() {
-  if command -v sha256sum >/dev/null; then sha256sum "$@"; else shasum -a 256 "$@"; fi
 }

@@ -18,6 +18,6 @@ find_package(TroviLibraries REQUIRED)
 # For the executables that packages contain.
 add_library(trovi_runtime INTERFACE)
 if(TROVI_STATIC_DEPENDENCIES AND NOT APPLE)
-  # Without unused sections they are smaller and run with an older C library: 2.35.
-  target_link_options(trovi_runtime INTERFACE -static-libstdc++ -static-libgcc -Wl,--gc-sections)
+  # They run with an older C library, 2.34: a static libgcc would ask for 2.35.
+  target_link_options(trovi_runtime INTERFACE -static-libstdc++ -Wl,--gc-sections)
 endif()

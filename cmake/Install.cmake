@@ -2,28 +2,42 @@
 # library component TroviCore. Its package and pkg-config file find their way from where they lie,
 # so the folder may be moved.
 
+# Debian's tools look for libraries here, below /usr and below /usr/local.
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_LIBRARY_ARCHITECTURE AND EXISTS "/etc/debian_version")
+  set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Folder of libraries")
+endif()
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
-set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/TroviCore")
+set(package_destination "${CMAKE_INSTALL_LIBDIR}/cmake/TroviCore")
 set(package_files "${PROJECT_BINARY_DIR}/package")
-get_target_property(library_type TroviCore TYPE)
 
-install(TARGETS TroviCore EXPORT TroviCoreTargets COMPONENT TroviCore FILE_SET HEADERS
-  COMPONENT TroviCore)
-install(EXPORT TroviCoreTargets NAMESPACE Trovi:: DESTINATION "${package_folder}"
+# Whatever the umask, every user may enter the folders that are made for a component.
+function(trovi_install_folders component)
+  foreach(folder IN LISTS ARGN)
+    install(CODE "execute_process(COMMAND sh -c [[umask 022; mkdir -p \"$0\"]]
+      \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${folder}\")" COMPONENT ${component})
+  endforeach()
+endfunction()
+trovi_install_folders(TroviCore "${CMAKE_INSTALL_INCLUDEDIR}/TroviCore" "${package_destination}"
+  "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+# CMake before 3.23 knows no file sets, and needs to be told the folder of the headers.
+install(TARGETS TroviCore EXPORT TroviCoreTargets COMPONENT TroviCore
+  FILE_SET HEADERS COMPONENT TroviCore INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(EXPORT TroviCoreTargets NAMESPACE Trovi:: DESTINATION "${package_destination}"
   COMPONENT TroviCore)
 
 configure_package_config_file(cmake/TroviCoreConfig.cmake.in
-  "${package_files}/TroviCoreConfig.cmake" INSTALL_DESTINATION "${package_folder}"
+  "${package_files}/TroviCoreConfig.cmake" INSTALL_DESTINATION "${package_destination}"
   NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file("${package_files}/TroviCoreConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES "${package_files}/TroviCoreConfig.cmake"
   "${package_files}/TroviCoreConfigVersion.cmake" cmake/FindTroviLibraries.cmake
-  DESTINATION "${package_folder}" COMPONENT TroviCore)
+  DESTINATION "${package_destination}" COMPONENT TroviCore)
 
 # A static library's needs are its users' needs, whether or not they ask for `--static`.
-if(library_type STREQUAL "STATIC_LIBRARY")
+if(NOT BUILD_SHARED_LIBS)
   set(pc_requires "sqlite3 libutf8proc")
   if(NOT APPLE)
     string(APPEND pc_requires " uuid")
@@ -37,8 +51,9 @@ install(FILES "${package_files}/TroviCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDI
 
 # The server finds a shared library of ours where it was installed with it.
 if(TROVI_BUILD_SERVER)
+  trovi_install_folders(trovi-mcp "${CMAKE_INSTALL_BINDIR}")
   install(TARGETS trovi-mcp COMPONENT trovi-mcp)
-  if(library_type STREQUAL "SHARED_LIBRARY")
+  if(BUILD_SHARED_LIBS)
     file(RELATIVE_PATH libdir_from_bindir
       "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
     set_target_properties(trovi-mcp PROPERTIES INSTALL_RPATH

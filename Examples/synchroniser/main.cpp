@@ -1,26 +1,25 @@
-// What a synchroniser does with an inbox, on two pages and with the public headers only. It keeps
-// the inbox in step with a folder of JSON documents, one per message, which any file synchroniser
-// can carry to another machine. The newer state of a message wins, and a deletion is final. Later
-// changes of content stay on their machine, as recordings and destinations do.
+// What a synchroniser does with an inbox, on two pages and with the public headers only: it keeps
+// the inboxes of several machines in step through a folder. README.md says what its user must know.
 //
-// It can be killed at any time and run again: a file appears complete or not at all, and a change
-// is marked as uploaded only when its file is there.
+// A run can be killed at any time. Each compares anew what there is with what there should be; it
+// remembers nothing but the machine's name, and a file appears complete or not at all.
 #include <TroviCore/Coding.h>
 #include <TroviCore/Store.h>
 
-#include <cstdlib>
+#include <cmath>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <iterator>
-#include <locale>
+#include <map>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -29,27 +28,34 @@ using namespace trovi;
 using std::filesystem::path;
 
 constexpr const char* usage =
-    "uso: synchroniser CAIXA PASTA\n"
-    "Deixa a caixa de recados no arquivo CAIXA em dia com os documentos da PASTA, e a PASTA com "
-    "ela.\n";
+    "usage: synchroniser INBOX FOLDER\n"
+    "Brings the inbox in the file INBOX up to date with the documents below FOLDER, and this\n"
+    "machine's own documents there with the inbox.\n";
 
-/// A message as stored in the folder.
+/// A message as one machine has it.
 struct Document {
   Recado recado;
   double updatedAt;  ///< time of its state, seconds since 1970
 };
 
-/// Whether the id is short enough for a file name.
-bool fits(const std::string& id) { return id.size() <= 120; }
+/// What all machines have written: each only in its own folder, so that no file has two writers.
+struct Folder {
+  path own;                                ///< of this machine
+  std::map<std::string, Document> mine{};  ///< the documents in it, by the message's id
+  std::vector<Document> documents{};       ///< all, of all machines
+  std::set<std::string> deleted{};         ///< the names of messages that any machine deleted
+  std::set<std::string> known{};           ///< the names of those that another machine knows of
+};
 
-/// Whether a message is synchronised. One that is being transcribed, or failed, concerns only the
-/// machine with the recording.
+/// Whether a message is synchronised: its id fits into a file name, and it is neither being
+/// transcribed nor failed, which concerns only the machine with the recording.
+bool fits(const std::string& id) { return !id.empty() && id.size() <= 120; }
 bool travels(const Recado& recado) {
   return fits(recado.id) && recado.status != RecadoStatus::transcrevendo &&
          recado.status != RecadoStatus::falhou;
 }
 
-/// The name of a message's file, in hexadecimal because an id may be any text.
+/// The name of a message's files, in hexadecimal because an id may be any text.
 std::string nameOf(const std::string& id) {
   std::ostringstream name;
   name << std::hex << std::setfill('0');
@@ -57,13 +63,8 @@ std::string nameOf(const std::string& id) {
   return name.str();
 }
 
-void tell(const char* what, const Recado& recado) {
+void report(const char* what, const Recado& recado) {
   std::cout << what << ": " << recado.id << " " << recado.title << '\n';
-}
-
-std::string contentOf(const path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void writeWhole(const path& file, const std::string& text) {
@@ -71,102 +72,139 @@ void writeWhole(const path& file, const std::string& text) {
   std::ofstream out(draft, std::ios::binary);
   out << text;
   out.close();
-  if (!out) throw std::runtime_error("não escrevi " + draft.string());
+  if (!out) throw std::runtime_error("cannot write " + draft.string());
   rename(draft, file);
 }
 
-constexpr std::string_view timeKey = R"({"updatedAt":)";
-
-/// The message's JSON with the time as its first member.
-std::string textOf(const Document& document) {
-  std::ostringstream text;
-  text.imbue(std::locale::classic());
-  text << timeKey << std::setprecision(17) << document.updatedAt << ','
-       << toJSON(document.recado).substr(1);
-  return text.str();
+/// The message as a JSON object, with its time as one more member.
+std::string textOf(Document document) {
+  document.recado.audioPath.reset();  // the recording stays here
+  JSONObjectEncoder encoder;
+  encoder.encodeNumber("updatedAt", document.updatedAt);
+  encode(document.recado, encoder);
+  return encoder.text();
 }
 
-/// Absent if the file is missing or invalid.
+/// Absent if the file is not what a machine writes.
 std::optional<Document> documentIn(const path& file) {
-  const std::string text = contentOf(file);
-  if (text.empty()) return {};
+  if (file.extension() != ".json") return {};
+  std::ifstream in(file, std::ios::binary);
   try {
-    Document document{.recado = fromJSON<Recado>(text), .updatedAt = 0};
-    std::istringstream time(text.substr(timeKey.size()));
-    time.imbue(std::locale::classic());
-    if (text.starts_with(timeKey) && time >> document.updatedAt) {
-      document.recado.audioPath.reset();  // it is on another machine
-      return document;
-    }
+    const JSONObjectDecoder decoder(std::string(std::istreambuf_iterator<char>(in), {}));
+    Document document{decode<Recado>(decoder), decoder.decodeNumber("updatedAt")};
+    if (travels(document.recado) && nameOf(document.recado.id) == file.stem()) return document;
   } catch (const CodingError&) {
   }
-  std::cerr << "não entendi " << file.filename().string() << '\n';
+  std::cerr << "not understood: " << file.string() << '\n';
   return {};
 }
 
-void takeOver(TroviStore& store, const Document& document) {
-  const auto& [remote, updatedAt] = document;
-  if (!travels(remote)) return;
-  if (!store.recado(remote.id)) {
-    // One transaction, or a killed program could leave a message that looks new.
-    store.db().execute("BEGIN IMMEDIATE");
-    store.insert(remote);
-    store.db().run("UPDATE recado SET updated_at = ?, dirty = 0 WHERE id = ?",
-                   {SQLValue::from(updatedAt), SQLValue::from(remote.id)});
-    store.db().execute("COMMIT");
-    tell("recebido", remote);
-  } else if (store.applyRemoteStatus({.id = remote.id,
-                                      .status = remote.status,
-                                      .claimedBy = remote.claimedBy,
-                                      .claimedAt = remote.claimedAt,
-                                      .result = remote.result,
-                                      .resolvedAt = remote.resolvedAt,
-                                      .updatedAt = updatedAt})) {
-    tell("atualizado", remote);
-  }
-}
-
-void deleteHere(TroviStore& store, const std::string& id) {
-  const auto local = store.recado(id);
-  if (!local) return;
-  store.deleteRecado(id);
-  store.clearDeletions({id});  // the deletion came from the folder
-  tell("apagado", *local);
-}
-
-void takeOver(TroviStore& store, const path& folder) {
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    const path& file = entry.path();
-    if (file.extension() == ".deleted") {
-      deleteHere(store, contentOf(file));
-    } else if (file.extension() == ".json" && !exists(path(file).replace_extension(".deleted"))) {
-      if (const auto document = documentIn(file)) takeOver(store, *document);
+Folder read(const path& shared, const std::string& machine) {
+  Folder folder{.own = shared / machine};
+  create_directory(folder.own);
+  for (const auto& place : std::filesystem::directory_iterator(shared)) {
+    if (!place.is_directory()) continue;
+    const bool isMine = place.path().filename() == machine;
+    for (const auto& entry : std::filesystem::directory_iterator(place)) {
+      const path& file = entry.path();
+      if (file.extension() == ".deleted") {
+        folder.deleted.insert(file.stem());
+        if (!isMine) folder.known.insert(file.stem());
+      } else if (const auto document = documentIn(file)) {
+        folder.documents.push_back(*document);
+        if (isMine) folder.mine.insert({document->recado.id, *document});
+      } else if (isMine) {
+        remove(file);  // half-written by a run that was killed, or a copy
+      }
     }
   }
+  return folder;
 }
 
-/// Runs before `takeOver`, or messages that were deleted here would come back.
-void uploadDeletions(TroviStore& store, const path& folder) {
+/// Makes the deletions of every machine this machine's own. The store forgets one only when another
+/// machine knows of it, so that it outlives the loss of this machine's folder.
+void exchangeDeletions(TroviStore& store, Folder& folder) {
   for (const std::string& id : store.pendingDeletions(-1)) {
-    if (fits(id)) {
-      writeWhole(folder / (nameOf(id) + ".deleted"), id);
-      remove(folder / (nameOf(id) + ".json"));
-      std::cout << "apagado na pasta: " << id << '\n';
+    if (!fits(id) || folder.known.contains(nameOf(id))) {
+      store.clearDeletions({id});
+    } else if (folder.deleted.insert(nameOf(id)).second) {
+      std::cout << "deleted: " << id << '\n';
     }
-    store.clearDeletions({id});
+  }
+  for (const std::string& name : folder.deleted) {
+    const path mark = folder.own / (name + ".deleted");
+    if (!exists(mark)) writeWhole(mark, "");
+    remove(folder.own / (name + ".json"));
+  }
+  for (const Recado& recado : store.recados({.limit = -1})) {
+    if (!folder.deleted.contains(nameOf(recado.id))) continue;
+    store.deleteRecado(recado.id);
+    report("deleted", recado);
   }
 }
 
-/// A message stays marked if it changes meanwhile or the folder has a newer state of it.
-void uploadChanges(TroviStore& store, const path& folder) {
-  for (auto& upload : store.pendingUploads(-1)) {
+/// Adds a message that is neither here nor deleted here, by one statement that carries its time:
+/// whenever the program is killed, nothing looks newer than it is.
+bool insert(Database& db, const Recado& recado, double updatedAt) {
+  return db.run(
+             R"(INSERT INTO recado(id, created_at, duration, transcript, title, destino_id, status,
+    claimed_by, claimed_at, result, resolved_at, language, updated_at)
+SELECT ?1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ? WHERE NOT EXISTS
+    (SELECT id FROM recado WHERE id = ?1 UNION SELECT id FROM recado_apagado WHERE id = ?1))",
+             {SQLValue::text(recado.id), SQLValue::real(secondsSince1970(recado.createdAt)),
+              SQLValue::real(recado.duration), SQLValue::text(recado.transcript),
+              SQLValue::text(recado.title), SQLValue::from(recado.destinoID),
+              SQLValue::text(std::string(rawValue(recado.status))),
+              SQLValue::from(recado.claimedBy), SQLValue::from(recado.claimedAt),
+              SQLValue::from(recado.result), SQLValue::from(recado.resolvedAt),
+              SQLValue::from(recado.language), SQLValue::real(updatedAt)}) > 0;
+}
+
+/// What decides between two states of the same time, in the same way on every machine.
+auto rank(const Recado& recado) {
+  return std::tie(recado.status, recado.claimedBy, recado.claimedAt, recado.result,
+                  recado.resolvedAt);
+}
+
+void takeOver(TroviStore& store, const Folder& folder) {
+  for (const auto& [recado, updatedAt] : folder.documents) {
+    if (folder.deleted.contains(nameOf(recado.id))) continue;
+    const auto mine = folder.mine.find(recado.id);
+    const bool wins = mine != folder.mine.end() && updatedAt == mine->second.updatedAt &&
+                      rank(recado) > rank(mine->second.recado);
+    if (insert(store.db(), recado, updatedAt)) report("received", recado);
+    if (store.applyRemoteStatus(
+            {.id = recado.id,
+             .status = recado.status,
+             .claimedBy = recado.claimedBy,
+             .claimedAt = recado.claimedAt,
+             .result = recado.result,
+             .resolvedAt = recado.resolvedAt,
+             .updatedAt = wins ? std::nextafter(updatedAt, HUGE_VAL) : updatedAt})) {
+      report("updated", recado);
+    }
+  }
+}
+
+/// Marks what this machine's folder lacks, or has in another state: the folder may be new or lost,
+/// and states came from other machines.
+void markMissing(TroviStore& store, const Folder& folder) {
+  for (const Row& row : store.db().query(
+           "SELECT id, IFNULL(updated_at, created_at) AS time FROM recado WHERE dirty = 0")) {
+    const auto mine = folder.mine.find(row.stringValue("id").value_or(""));
+    if (mine != folder.mine.end() && mine->second.updatedAt == row.doubleValue("time")) continue;
+    store.db().run("UPDATE recado SET dirty = 1 WHERE id = ? AND dirty = 0", {*row.find("id")});
+  }
+}
+
+/// A message that changes meanwhile stays marked.
+void writeChanges(TroviStore& store, const Folder& folder) {
+  for (const auto& upload : store.pendingUploads(-1)) {
     if (!travels(upload.recado)) continue;
-    const path file = folder / (nameOf(upload.recado.id) + ".json");
-    const auto known = documentIn(file);
-    if (known && known->updatedAt > upload.updatedAt) continue;
-    writeWhole(file, textOf({.recado = upload.recado, .updatedAt = upload.updatedAt}));
+    writeWhole(folder.own / (nameOf(upload.recado.id) + ".json"),
+               textOf({.recado = upload.recado, .updatedAt = upload.updatedAt}));
     store.markUploaded({upload});
-    tell("enviado", upload.recado);
+    report("written", upload.recado);
   }
 }
 
@@ -175,18 +213,18 @@ int run(const std::vector<std::string>& arguments) {
     std::cerr << usage;
     return 2;
   }
+  // The store would make a new inbox of what is none.
+  if (!is_regular_file(path(arguments[0]))) throw std::runtime_error("no inbox: " + arguments[0]);
+  Database(arguments[0]).query("SELECT id FROM recado LIMIT 0");
   TroviStore store(arguments[0]);
-  const path folder = std::filesystem::canonical(arguments[1]);
-  // Remembers the last folder: any other one does not know this inbox yet.
-  const std::string place = "synchroniser.folder";
-  if (store.meta(place) != folder.string()) {
-    store.markAllForUpload();
-    store.setMeta(place, folder.string());
-  }
-  uploadDeletions(store, folder);
+  store.db().run("INSERT OR IGNORE INTO meta(key, value) VALUES ('synchroniser.machine', ?)",
+                 {SQLValue::text(newID())});
+  Folder folder = read(arguments[1], store.meta("synchroniser.machine").value());
+  exchangeDeletions(store, folder);
   takeOver(store, folder);
-  uploadChanges(store, folder);
-  return EXIT_SUCCESS;
+  markMissing(store, folder);
+  writeChanges(store, folder);
+  return 0;
 }
 
 }  // namespace
@@ -196,6 +234,6 @@ int main(int count, char** arguments) {
     return run({arguments + 1, arguments + count});
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
-    return EXIT_FAILURE;
+    return 1;
   }
 }

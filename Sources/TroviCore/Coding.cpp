@@ -1,6 +1,5 @@
 #include "TroviCore/Coding.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "Fields.h"
@@ -9,12 +8,27 @@
 #include "Unicode.h"
 
 namespace trovi {
-namespace {
 
-using platform::JSONObject;
 using platform::JSONValue;
 
+struct JSONObjectDecoder::Object {
+  JSONValue value;
+
+  const JSONValue& member(std::string_view key) const {
+    const JSONValue& found = value[key];
+    if (found.isNull()) throw CodingError(std::string(key), "missing");
+    return found;
+  }
+};
+
+namespace {
+
 using Key = std::string_view;
+
+RecadoStatus statusFrom(Key key, const std::string& text) {
+  if (const auto status = fromRawValue<RecadoStatus>(text)) return *status;
+  throw CodingError(std::string(key), "no status is called \"" + text + "\"");
+}
 
 /// Passes each field to the function for its type.
 struct FieldEncoder {
@@ -36,12 +50,7 @@ struct FieldDecoder {
   void operator()(Key key, std::int64_t& integer) { integer = from.decodeInteger(key); }
   void operator()(Key key, double& number) { number = from.decodeNumber(key); }
   void operator()(Key key, Date& date) { date = from.decodeDate(key); }
-  void operator()(Key key, RecadoStatus& status) {
-    const std::string text = from.decodeText(key);
-    const auto found = fromRawValue<RecadoStatus>(text);
-    if (!found) throw CodingError(std::string(key), "no status is called \"" + text + "\"");
-    status = *found;
-  }
+  void operator()(Key key, RecadoStatus& status) { status = statusFrom(key, from.decodeText(key)); }
   template <class Value>
   void operator()(Key key, std::optional<Value>& value) {
     if (from.contains(key)) (*this)(key, value.emplace());
@@ -50,130 +59,124 @@ struct FieldDecoder {
   const KeyedDecoder& from;
 };
 
-template <class Record>
-Record decodedFields(const KeyedDecoder& decoder) {
-  Record record{};
-  visitFields(record, FieldDecoder{decoder});
-  return record;
+/// Adds a member to the text of an object.
+void add(std::string& object, Key key, JSONValue value) {
+  object.pop_back();
+  if (object != "{") object += ',';
+  platform::appendJSON(object, platform::repairedUTF8(key));
+  object += ':';
+  platform::appendJSON(object, value);
+  object += '}';
 }
 
-class JSONObjectEncoder : public KeyedEncoder {
- public:
-  explicit JSONObjectEncoder(JSONDates dates) : dates_(dates) {}
-
-  std::string text() const {
-    std::string text;
-    platform::appendJSON(text, object_);
-    return text;
-  }
-
-  void encodeText(std::string_view key, std::string_view value) override {
-    object_.emplace_back(key, platform::repairedUTF8(value));
-  }
-  void encodeInteger(std::string_view key, std::int64_t value) override {
-    object_.emplace_back(key, value);
-  }
-  void encodeNumber(std::string_view key, double value) override {
-    if (!std::isfinite(value)) throw CodingError(std::string(key), "not a finite number");
-    object_.emplace_back(key, value);
-  }
-  void encodeDate(std::string_view key, Date value) override {
-    if (dates_ == JSONDates::secondsSince1970) {
-      encodeNumber(key, secondsSince1970(value));
-    } else if (std::isfinite(secondsSince1970(value))) {
-      encodeText(key, platform::internetDateTime(value));
-    } else {
-      throw CodingError(std::string(key), "not a finite date");
-    }
-  }
-
- private:
-  JSONDates dates_;
-  JSONObject object_;
-};
-
-class JSONObjectDecoder : public KeyedDecoder {
- public:
-  JSONObjectDecoder(std::string_view text, JSONDates dates) : dates_(dates) {
-    auto value = platform::parseJSON(platform::repairedUTF8(text));
-    if (!value) throw CodingError("", "not a JSON text");
-    if (value->object() == nullptr) throw CodingError("", "not a JSON object");
-    object_ = *std::move(value);
-  }
-
-  bool contains(std::string_view key) const override { return !object_[key].isNull(); }
-  std::string decodeText(std::string_view key) const override {
-    if (const auto text = member(key).text()) return std::string(*text);
-    throw CodingError(std::string(key), "not a text");
-  }
-  std::int64_t decodeInteger(std::string_view key) const override {
-    if (const auto integer = member(key).integer()) return *integer;
-    throw CodingError(std::string(key), "not an integer of 64 bits");
-  }
-  double decodeNumber(std::string_view key) const override {
-    if (const auto real = member(key).real()) return *real;
-    throw CodingError(std::string(key), "not a number in the range of a double");
-  }
-  Date decodeDate(std::string_view key) const override {
-    if (dates_ == JSONDates::secondsSince1970) return dateSince1970(decodeNumber(key));
-    if (const auto date = platform::instantFrom(decodeText(key))) return *date;
-    throw CodingError(std::string(key), "not a date like 2025-06-18T14:03:22Z");
-  }
-
- private:
-  const JSONValue& member(std::string_view key) const {
-    const auto isIt = [&](const auto& member) { return member.first == key; };
-    const JSONObject& members = *object_.object();
-    if (std::any_of(members.begin(), members.end(), isIt)) return object_[key];
-    throw CodingError(std::string(key), "missing");
-  }
-
-  JSONDates dates_;
-  JSONValue object_;
-};
-
-template <class Record>
-std::string toJSONText(const Record& record, JSONDates dates) {
-  JSONObjectEncoder encoder(dates);
-  encode(record, encoder);
-  return encoder.text();
+JSONValue parsed(std::string_view text) {
+  if (auto value = platform::parseJSON(platform::repairedUTF8(text))) return *std::move(value);
+  throw CodingError("", "not a JSON text");
 }
 
 }  // namespace
 
-CodingError::CodingError(const std::string& key, const std::string& reason)
-    : std::runtime_error(key.empty() ? reason : key + ": " + reason), key_(key), reason_(reason) {}
+std::string toISO8601(Date date) { return platform::internetDateTime(date); }
 
-void encode(const Destino& destino, KeyedEncoder& encoder) {
-  visitFields(destino, FieldEncoder{encoder});
+std::optional<Date> fromISO8601(std::string_view text) { return platform::instantFrom(text); }
+
+CodingError::CodingError(std::string key, std::string reason)
+    : std::runtime_error(key.empty() ? reason : key + ": " + reason),
+      parts_(std::make_shared<const Parts>(Parts{std::move(key), std::move(reason)})) {}
+
+void JSONObjectEncoder::encodeText(Key key, std::string_view value) {
+  add(text_, key, platform::repairedUTF8(value));
 }
 
-void encode(const Recado& recado, KeyedEncoder& encoder) {
-  visitFields(recado, FieldEncoder{encoder});
+void JSONObjectEncoder::encodeInteger(Key key, std::int64_t value) { add(text_, key, value); }
+
+void JSONObjectEncoder::encodeNumber(Key key, double value) {
+  if (!std::isfinite(value)) throw CodingError(std::string(key), "not a finite number");
+  add(text_, key, value);
 }
 
-template <>
-Destino decode<Destino>(const KeyedDecoder& decoder) {
-  return decodedFields<Destino>(decoder);
+void JSONObjectEncoder::encodeDate(Key key, Date value) {
+  if (dates_ == JSONDates::secondsSince1970) {
+    encodeNumber(key, secondsSince1970(value));
+  } else if (std::isfinite(secondsSince1970(value))) {
+    encodeText(key, toISO8601(value));
+  } else {
+    throw CodingError(std::string(key), "not a finite date");
+  }
 }
 
-template <>
-Recado decode<Recado>(const KeyedDecoder& decoder) {
-  return decodedFields<Recado>(decoder);
+JSONObjectDecoder::JSONObjectDecoder(std::string_view text, JSONDates dates) : dates_(dates) {
+  JSONValue value = parsed(text);
+  if (value.object() == nullptr) throw CodingError("", "not a JSON object");
+  object_ = std::make_shared<const Object>(Object{std::move(value)});
 }
 
-std::string toJSON(const Destino& destino, JSONDates dates) { return toJSONText(destino, dates); }
+bool JSONObjectDecoder::contains(Key key) const { return !object_->value[key].isNull(); }
 
-std::string toJSON(const Recado& recado, JSONDates dates) { return toJSONText(recado, dates); }
-
-template <>
-Destino fromJSON<Destino>(std::string_view text, JSONDates dates) {
-  return decode<Destino>(JSONObjectDecoder(text, dates));
+std::string JSONObjectDecoder::decodeText(Key key) const {
+  if (const auto text = object_->member(key).text()) return std::string(*text);
+  throw CodingError(std::string(key), "not a text");
 }
 
-template <>
-Recado fromJSON<Recado>(std::string_view text, JSONDates dates) {
-  return decode<Recado>(JSONObjectDecoder(text, dates));
+std::int64_t JSONObjectDecoder::decodeInteger(Key key) const {
+  if (const auto integer = object_->member(key).integer()) return *integer;
+  throw CodingError(std::string(key), "not an integer of 64 bits");
 }
+
+double JSONObjectDecoder::decodeNumber(Key key) const {
+  if (const auto real = object_->member(key).real()) return *real;
+  throw CodingError(std::string(key), "not a number in the range of a double");
+}
+
+Date JSONObjectDecoder::decodeDate(Key key) const {
+  if (dates_ == JSONDates::secondsSince1970) return dateSince1970(decodeNumber(key));
+  if (const auto date = fromISO8601(decodeText(key))) return *date;
+  throw CodingError(std::string(key), "not a date like 2025-06-18T14:03:22Z");
+}
+
+template <Record Type>
+void encode(const Type& record, KeyedEncoder& encoder) {
+  visitFields(record, FieldEncoder{encoder});
+}
+
+template <Record Type>
+Type decode(const KeyedDecoder& decoder) {
+  Type record{};
+  visitFields(record, FieldDecoder{decoder});
+  return record;
+}
+
+template <Codable Type>
+std::string toJSON(const Type& value, JSONDates dates) {
+  if constexpr (Record<Type>) {
+    JSONObjectEncoder encoder(dates);
+    encode(value, encoder);
+    return encoder.text();
+  } else {
+    return '"' + std::string(rawValue(value)) + '"';
+  }
+}
+
+template <Codable Type>
+Type fromJSON(std::string_view text, JSONDates dates) {
+  if constexpr (Record<Type>) {
+    return decode<Type>(JSONObjectDecoder(text, dates));
+  } else {
+    const JSONValue value = parsed(text);
+    if (const auto status = value.text()) return statusFrom("", std::string(*status));
+    throw CodingError("", "not a text");
+  }
+}
+
+template void encode(const Destino& record, KeyedEncoder& encoder);
+template void encode(const Recado& record, KeyedEncoder& encoder);
+template Destino decode(const KeyedDecoder& decoder);
+template Recado decode(const KeyedDecoder& decoder);
+template std::string toJSON(const Destino& value, JSONDates dates);
+template std::string toJSON(const Recado& value, JSONDates dates);
+template std::string toJSON(const RecadoStatus& value, JSONDates dates);
+template Destino fromJSON(std::string_view text, JSONDates dates);
+template Recado fromJSON(std::string_view text, JSONDates dates);
+template RecadoStatus fromJSON(std::string_view text, JSONDates dates);
 
 }  // namespace trovi

@@ -58,13 +58,14 @@ std::string_view rawValue(RecadoStatus status) { return texts(status).rawValue; 
 
 std::string_view label(RecadoStatus status) { return texts(status).label; }
 
-template <>
-std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text) {
-  for (const RecadoStatus status : allCases<RecadoStatus>()) {
+template <std::same_as<RecadoStatus> Enumeration>
+std::optional<Enumeration> fromRawValue(std::string_view text) {
+  for (const Enumeration status : allCases<Enumeration>()) {
     if (rawValue(status) == text) return status;
   }
   return {};
 }
+template std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
 
 }  // namespace trovi
 

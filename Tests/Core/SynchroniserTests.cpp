@@ -3,106 +3,77 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 
 #include "Inbox.h"
 
-namespace trovi {
+namespace trovi::tests {
 namespace {
 
-using std::filesystem::path;
-using tests::someRecado;
-
-class Synchroniser : public tests::Inbox {
+class Synchroniser : public Inbox {
  protected:
-  Synchroniser() {
-    create_directory(shared);
-    other.run("ATTACH ? AS second", {SQLValue::text(secondFile)});
-  }
+  Synchroniser() { other.run("ATTACH ? AS b", {SQLValue::text(folder.path() / "b")}); }
 
-  /// The output of a run on an inbox, killed after `life` seconds unless that is 0; absent if the
-  /// run did not succeed.
-  std::optional<std::string> run(const path& inbox, double life = 0) const {
-    std::string command = "'" TROVI_SYNCHRONISER "' " + inbox.string() + " " + shared.string();
-    if (life > 0) command += "& sleep " + std::to_string(life) + "; kill -9 $!; wait $!";
-    const std::string out = folder.path() / "said";
-    const bool done = std::system(("{ " + command + "; } >" + out + " 2>&1").c_str()) == 0;
-    if (!done) return {};
-    std::ifstream said(out);
-    return std::string(std::istreambuf_iterator<char>(said), {});
+  /// Whether a script succeeds beside the inboxes and the shared folder.
+  bool sh(const std::string& script) const {
+    return std::system(("cd " + folder.path().string() + "; " + script).c_str()) == 0;
   }
-
-  /// After two runs on each inbox there must be nothing left to do, and both must be equal, down to
-  /// the time of each state.
+  /// Whether a run on each of the inboxes, $a and b, succeeds. All print to the file "out".
+  bool run(const std::string& inboxes, const std::string& end = "|| exit") const {
+    const std::string runs = "; do '" TROVI_SYNCHRONISER "' $i shared " + end + "; done >out 2>&1";
+    return sh("mkdir -p shared; a=trovi.sqlite; for i in " + inboxes + runs);
+  }
+  /// After four runs on each inbox there must be nothing left to do, and both must be equal, down
+  /// to the time of each state.
   void expectInStep() {
-    for (const path& inbox : {file, secondFile, file, secondFile}) EXPECT_TRUE(run(inbox));
-    for (const path& inbox : {file, secondFile}) EXPECT_EQ(run(inbox), "");
-    for (const char* left :
-         {"recado EXCEPT SELECT * FROM second.recado", "second.recado EXCEPT SELECT * FROM recado",
-          "recado WHERE dirty", "recado_apagado", "second.recado_apagado"}) {
-      EXPECT_EQ(each("id", left), "") << left;
-    }
+    EXPECT_TRUE(run("$a b $a b $a b $a b") && run("$a b") && sh("! grep . out"));
+    const char* all = "id || status || quote(claimed_by) || quote(result) || updated_at || dirty";
+    EXPECT_EQ(each(all, "recado ORDER BY id"), each(all, "b.recado ORDER BY id"));
+    EXPECT_EQ(each("id", "recado_apagado") + each("id", "b.recado_apagado"), "");
   }
 
-  path shared = folder.path() / "pasta";
-  path secondFile = folder.path() / "second.sqlite";
-  TroviStore second{secondFile};
+  TroviStore second{folder.path() / "b"};
 };
 
-TEST_F(Synchroniser, CarriesMessagesStatesAndDeletionsAndLetsTheNewerStateWin) {
-  for (const char* id : {"../é", "gone", "x"}) store.insert(someRecado(id));
-  store.setStatus("x", RecadoStatus::falhou);  // not synchronised
-  store.insert(someRecado(std::string(200, 'y')));
-  EXPECT_EQ(run(file), "enviado: ../é Ligar para o João\nenviado: gone Ligar para o João\n");
-  store.deleteRecado("x");
-  store.deleteRecado(std::string(200, 'y'));
-  expectInStep();
-  EXPECT_EQ(second.recado("../é"), someRecado("../é"));
+TEST_F(Synchroniser, LetsTheNewestStateWinAndADeletionBeFinal) {
+  for (const char* id : {"../é", "failed", "gone", "tie"}) store.insert(someRecado(id));
+  store.setStatus("failed", RecadoStatus::falhou);  // stays where it is, as a recording does
+  store.setAudioPath("gone", "/not/here");
+  EXPECT_TRUE(run("$a b") && sh("! grep -r not/here shared && cp -r shared old"));
+  EXPECT_TRUE(second.recado("../é") == someRecado("../é") && !second.recado("failed"));
 
   store.claim({.id = "../é", .by = "A"});
   usleep(2000);  // SQLite's clock counts milliseconds
   second.resolve({.id = "../é", .result = "B"});
-  store.deleteRecado("gone");
+  other.execute("UPDATE recado SET result = 'A', updated_at = 4e9 WHERE id = 'tie'");
+  other.execute("UPDATE b.recado SET result = 'C', updated_at = 4e9 WHERE id = 'tie'");
+  for (const char* id : {"gone", "failed"}) store.deleteRecado(id);
   second.claim({.id = "gone", .by = "B"});
-  std::ofstream(shared / "x.json") << R"({"updatedAt":1})";
-  EXPECT_NE(run(secondFile).value().find("não entendi x.json\n"), std::string::npos);
-  remove(shared / "x.json");
-  expectInStep();
-  EXPECT_EQ(each("id || result || IFNULL(claimed_by, '')"), "../éB;");
-
-  shared = folder.path() / "another";  // still empty
-  create_directory(shared);
-  EXPECT_EQ(run(file), "enviado: ../é Ligar para o João\n");
+  EXPECT_TRUE(run("b $a") && sh("rm -r shared/" + store.meta("synchroniser.machine").value()));
+  EXPECT_TRUE(sh("cd shared/*; echo { | tee x.json >x.tmp") && run("$a") && sh("grep x.json out"));
+  for (int i = 0; i < 2; ++i) {  // then files of an earlier time arrive
+    EXPECT_EQ(run("$a") ? each("id || quote(result)") : "", "../é'B';tie'C';");
+    expectInStep();
+    EXPECT_TRUE(sh("! { grep -r gone shared || ls shared/*/*.tmp; } && cp -r old/* shared"));
+  }
+  EXPECT_FALSE(run("none") || sh("ls none || ! >empty") || run("empty") || sh("grep recado empty"));
 }
 
-TEST_F(Synchroniser, OffersAgainWhatChangedDuringAnUpload) {
-  for (const char* id : {"1", "2"}) store.insert(someRecado(id, std::stod(id)));
-  other.execute(
-      "CREATE TRIGGER meanwhile AFTER UPDATE OF dirty ON recado WHEN NEW.id = '1' AND NEW.dirty = "
-      "0 "
-      "BEGIN UPDATE recado SET status = 'resolvido', result = 'novo' WHERE id = '2'; END");
-  EXPECT_TRUE(run(file));
-  EXPECT_EQ(each("id", "recado WHERE dirty > 0"), "2;");
-  other.execute("DROP TRIGGER meanwhile");
-  expectInStep();
-  EXPECT_EQ(second.recado("2")->result, "novo");
-}
-
-TEST_F(Synchroniser, LosesAndDoublesNothingWhenItIsKilled) {
-  store.insert(someRecado("a"));
-  int runs = 0;
-  int finished = 0;
-  for (double life = 0.001; finished < 4; life *= 1.1) {
-    const std::string id = std::to_string(++runs);
-    store.insert(someRecado(id));
-    second.insert(someRecado("-" + id));
-    store.resolve({.id = "a", .result = id});
-    for (const path& inbox : {file, secondFile}) finished += run(inbox, life) ? 1 : 0;
+TEST_F(Synchroniser, LosesAndDoublesNothingWhenItIsDisturbed) {
+  for (const char* id : {"0", "1", "2"}) store.insert(someRecado(id, std::stod(id)));
+  other.execute(R"(CREATE TRIGGER t AFTER UPDATE OF dirty ON recado WHEN OLD.dirty = 2
+    AND NEW.id = '0' BEGIN UPDATE recado SET result = 'x' WHERE id = '2'; END)");
+  second.db().execute(R"(CREATE TRIGGER t AFTER INSERT ON recado WHEN NEW.id IN ('0', '1')
+    BEGIN INSERT INTO recado_apagado VALUES (1 - NEW.id, 0); END)");
+  EXPECT_EQ(run("$a b") ? each("1", "b.recado") + each("id", "recado WHERE dirty") : "", "1;1;2;");
+  EXPECT_TRUE(run("$a b $a") && each("result") == "x;");
+  for (int i = 10; i < 40; ++i) {
+    for (TroviStore* inbox : {&store, &second}) inbox->insert(someRecado(newID()));
+    store.resolve({.id = "2", .result = std::to_string(i)});
+    run("$a b", "& sleep 0.0" + std::to_string(i) + "; kill -9 $!; wait");
   }
   expectInStep();
-  EXPECT_EQ(second.recado("a")->result, std::to_string(runs));
-  EXPECT_EQ(second.recados({.limit = -1}).size(), static_cast<std::size_t>(1 + 2 * runs));
+  EXPECT_EQ(each("n", "(SELECT max(result) || ' ' || count(*) AS n FROM b.recado)"), "39 62;");
 }
 
 }  // namespace
-}  // namespace trovi
+}  // namespace trovi::tests

@@ -9,17 +9,15 @@ namespace trovi::fuzz {
 namespace {
 
 // The inputs that fuzzers started from, and those that they found.
-TEST(Corpus, HoldsNoInputThatBreaksAPromise) {
+TEST(Corpus, KeepsEveryPromise) {
   for (const auto& [name, run] :
        {std::pair{std::string("session"), &session}, {"jsonText", &jsonText}}) {
-    int inputs = 0;
+    ASSERT_FALSE(std::filesystem::is_empty(TROVI_CORPUS + name));
     for (const auto& file : std::filesystem::directory_iterator(TROVI_CORPUS + name)) {
       SCOPED_TRACE(file.path().string());
       std::ifstream stream(file.path(), std::ios::binary);
       EXPECT_NO_THROW(run(std::string{std::istreambuf_iterator<char>(stream), {}}));
-      ++inputs;
     }
-    EXPECT_GT(inputs, 0) << name;
   }
 }
 

@@ -1,6 +1,6 @@
 #!/bin/sh
-# The archive can be unpacked anywhere, its executables need only the C library, and its documents fit
-# it.
+# The archive can be unpacked anywhere, its executables need only the C library and GCC's runtime, and its
+# documents fit it.
 . "$(dirname "$0")/support.sh"
 archive=$(package "$packages"/trovi-mcp-"$version"-*.tar.gz)
 
@@ -9,8 +9,11 @@ answers "$work/bin/trovi-mcp"
 recorder=$work/libexec/trovi-mcp/recorder
 [ "$("$recorder" "$work/notes/" file 'Pra roadmap: um mapa.' | sed -n 's/^destino: *//p')" = Roadmap ]
 for executable in "$work/bin/trovi-mcp" "$recorder"; do
-  if objdump -p "$executable" | grep NEEDED | grep -vE ' (libc|libm|ld-linux.*)\.so\.[0-9]$'
-  then exit 1; fi
+  objdump -p "$executable" >"$work/needs"
+  if grep NEEDED "$work/needs" | grep -vE ' (libc|libm|libgcc_s|ld-linux.*)\.so\.[0-9]$'; then exit 1; fi
+  # Only a build on a newer Debian may ask for a newer C library.
+  newest=$(grep -o 'GLIBC_2\.[0-9]*' "$work/needs" | sort -V | tail -n 1)
+  case $newest in GLIBC_2.34) ;; *) ! grep '^12' /etc/debian_version ;; esac
 done
 cd "$work/share/doc/trovi-mcp"
 for page in README.md LEIAME.md; do
@@ -18,4 +21,5 @@ for page in README.md LEIAME.md; do
   for link in $(sed -n 's/.*](\([^)#:]*\)).*/\1/p' $page); do [ -e "$link" ]; done
 done
 grep -q "^## $version\b" CHANGELOG.md
+grep -q '^---- .*utf8proc' copyright
 gzip -dc "$work/share/man/man1/trovi-mcp.1.gz" | grep -qF "Trovi $version"

@@ -2,7 +2,9 @@
 /// Converts records to and from keyed documents such as JSON objects. The keys are the field names.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -17,14 +19,16 @@ namespace trovi {
 class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
   /// An error in the value under `key`, or in the whole document if `key` is empty.
-  CodingError(const std::string& key, const std::string& reason);
+  CodingError(std::string key, std::string reason);
 
-  const std::string& key() const noexcept { return key_; }        ///< empty: the whole document
-  const std::string& reason() const noexcept { return reason_; }  ///< what is wrong, in English
+  const std::string& key() const noexcept { return parts_->key; }  ///< empty: the whole document
+  const std::string& reason() const noexcept { return parts_->reason; }  ///< in English
 
  private:
-  std::string key_;
-  std::string reason_;
+  struct Parts {
+    std::string key, reason;
+  };
+  std::shared_ptr<const Parts> parts_;  // shared, so that a copy throws nothing
 };
 
 /// Receives the fields of one record in the order of their declaration, without absent ones. An
@@ -49,7 +53,7 @@ class TROVI_EXPORT KeyedDecoder {
   /// Whether there is a value under `key` other than null.
   virtual bool contains(std::string_view key) const = 0;
   /// @{
-  /// The value under `key`. Throws CodingError when it is missing or of another kind.
+  /// The value under `key`. Throws CodingError when it is missing, null or of another kind.
   virtual std::string decodeText(std::string_view key) const = 0;
   virtual std::int64_t decodeInteger(std::string_view key) const = 0;
   virtual double decodeNumber(std::string_view key) const = 0;
@@ -57,26 +61,19 @@ class TROVI_EXPORT KeyedDecoder {
   /// @}
 };
 
-/// @{
+/// What is coded as a keyed document: Destino or Recado.
+template <class Type>
+concept Record = std::same_as<Type, Destino> || std::same_as<Type, Recado>;
+
 /// Passes every field that is present to `encoder`, a status as its raw value. Exceptions of the
 /// encoder pass through. Documents with these keys are in use: the keys never change.
-TROVI_EXPORT void encode(const Destino& destino, KeyedEncoder& encoder);
-TROVI_EXPORT void encode(const Recado& recado, KeyedEncoder& encoder);
-/// @}
+template <Record Type>
+TROVI_EXPORT void encode(const Type& record, KeyedEncoder& encoder);
 
-/// @{
-/// Reads a record: Destino or Recado. Optional fields may be missing or null; every other field is
-/// required, and a status must be one of the five raw values. Other keys are ignored. Throws
-/// CodingError.
-template <class Record>
-Record decode(const KeyedDecoder& /*decoder*/) {
-  static_assert(isKnown<Record>, "decode is there for Destino and Recado");
-}
-template <>
-TROVI_EXPORT Destino decode<Destino>(const KeyedDecoder& decoder);
-template <>
-TROVI_EXPORT Recado decode<Recado>(const KeyedDecoder& decoder);
-/// @}
+/// Reads a record. Optional fields may be missing or null; every other field is required, and a
+/// status must be one of the five raw values. Other keys are ignored. Throws CodingError.
+template <Record Type>
+TROVI_EXPORT Type decode(const KeyedDecoder& decoder);
 
 /// How dates are written in a JSON document.
 enum class JSONDates {
@@ -86,26 +83,58 @@ enum class JSONDates {
   iso8601,
 };
 
-/// @{
-/// The record as one JSON object without white space. Throws CodingError for a number or date that
-/// is not finite.
-TROVI_EXPORT std::string toJSON(const Destino& destino,
-                                JSONDates dates = JSONDates::secondsSince1970);
-TROVI_EXPORT std::string toJSON(const Recado& recado,
-                                JSONDates dates = JSONDates::secondsSince1970);
-/// @}
+/// Writes one JSON object: a record by `encode`, other members by the functions below.
+/// Ill-formed UTF-8 becomes U+FFFD. Throws CodingError for a number or date that is not finite.
+class TROVI_EXPORT JSONObjectEncoder : public KeyedEncoder {
+ public:
+  /// An object without members.
+  explicit JSONObjectEncoder(JSONDates dates = JSONDates::secondsSince1970) : dates_(dates) {}
 
-/// @{
-/// Reads a record, Destino or Recado, from one JSON object. `text` may be any bytes. Throws
-/// CodingError.
-template <class Record>
-Record fromJSON(std::string_view /*text*/, JSONDates /*dates*/ = JSONDates::secondsSince1970) {
-  static_assert(isKnown<Record>, "fromJSON reads a Destino or a Recado");
-}
-template <>
-TROVI_EXPORT Destino fromJSON<Destino>(std::string_view text, JSONDates dates);
-template <>
-TROVI_EXPORT Recado fromJSON<Recado>(std::string_view text, JSONDates dates);
-/// @}
+  /// The object as written so far, without white space.
+  const std::string& text() const { return text_; }
+
+  /// @{
+  /// Adds a member, whose key must be new.
+  void encodeText(std::string_view key, std::string_view value) override;
+  void encodeInteger(std::string_view key, std::int64_t value) override;
+  void encodeNumber(std::string_view key, double value) override;
+  void encodeDate(std::string_view key, Date value) override;
+  /// @}
+
+ private:
+  JSONDates dates_;
+  std::string text_ = "{}";
+};
+
+/// Reads one JSON object: a record by `decode`, other members by the functions of KeyedDecoder. Of
+/// members with the same key the last one counts.
+class TROVI_EXPORT JSONObjectDecoder : public KeyedDecoder {
+ public:
+  /// `text` may be any bytes. Throws CodingError unless it is one JSON object.
+  explicit JSONObjectDecoder(std::string_view text, JSONDates dates = JSONDates::secondsSince1970);
+
+  bool contains(std::string_view key) const override;
+  std::string decodeText(std::string_view key) const override;
+  std::int64_t decodeInteger(std::string_view key) const override;
+  double decodeNumber(std::string_view key) const override;
+  Date decodeDate(std::string_view key) const override;
+
+ private:
+  struct Object;
+  JSONDates dates_;
+  std::shared_ptr<const Object> object_;
+};
+
+/// What has a JSON text of its own: a record as an object, a status as its raw value in quotes.
+template <class Type>
+concept Codable = Record<Type> || std::same_as<Type, RecadoStatus>;
+
+/// The value as JSON without white space. Throws as JSONObjectEncoder and rawValue do.
+template <Codable Type>
+TROVI_EXPORT std::string toJSON(const Type& value, JSONDates dates = JSONDates::secondsSince1970);
+
+/// Reads a value from one JSON text, which may be any bytes. Throws CodingError.
+template <Codable Type>
+TROVI_EXPORT Type fromJSON(std::string_view text, JSONDates dates = JSONDates::secondsSince1970);
 
 }  // namespace trovi

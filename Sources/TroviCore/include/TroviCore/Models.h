@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -17,7 +18,7 @@
 namespace trovi {
 
 /// The status of a message.
-enum class RecadoStatus {
+enum class TROVI_EXPORT RecadoStatus {
   transcrevendo,  ///< recorded, still being transcribed; can be neither claimed nor resolved
   pendente,       ///< transcribed, waiting for an assistant
   pego,           ///< claimed by an assistant; can be claimed again
@@ -33,68 +34,49 @@ TROVI_EXPORT std::string_view rawValue(RecadoStatus status);
 /// The status as the user reads it, in Portuguese: "Pego pela IA". Throws as rawValue does.
 TROVI_EXPORT std::string_view label(RecadoStatus status);
 
-/// @cond
-/// Always false: for a static_assert in a primary template.
-template <class Type>
-inline constexpr bool isKnown = false;
-/// @endcond
-
-/// All cases of an enumeration in the order of their declaration.
-template <class Enumeration>
+/// All cases in the order of their declaration: transcrevendo, pendente, pego, resolvido, falhou.
+template <std::same_as<RecadoStatus> Enumeration>
 constexpr auto allCases() {
-  static_assert(isKnown<Enumeration>, "allCases is there for RecadoStatus");
-}
-
-/// transcrevendo, pendente, pego, resolvido, falhou.
-template <>
-constexpr auto allCases<RecadoStatus>() {
   using enum RecadoStatus;
   return std::array{transcrevendo, pendente, pego, resolvido, falhou};
 }
 
-/// @{
 /// The case whose raw value is exactly `text`, in the same case and without blanks around it; else
 /// absent.
-template <class Enumeration>
-std::optional<Enumeration> fromRawValue(std::string_view /*text*/) {
-  static_assert(isKnown<Enumeration>, "fromRawValue is there for RecadoStatus");
-}
-
-template <>
-TROVI_EXPORT std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
-/// @}
+template <std::same_as<RecadoStatus> Enumeration>
+TROVI_EXPORT std::optional<Enumeration> fromRawValue(std::string_view text);
 
 /// A new identifier in the format that the file has: a random UUID, 36 characters, upper case.
 TROVI_EXPORT std::string newID();
 
 /// A destination: a project under which messages are filed, with a standing instruction. Identified
 /// by `id`.
-struct Destino {
+struct TROVI_EXPORT Destino {
   std::string id;           ///< stable, unique in the file
   std::string name;         ///< as the user says it
   std::string instruction;  ///< what an assistant is to do with its messages; may be empty
   std::string colorHex;     ///< "#" and six hexadecimal digits; not validated
-  std::int64_t sort = 0;    ///< position in lists: by `sort`, then by `name`
+  std::int64_t sort;        ///< position in lists: by `sort`, then by `name`
 
   bool operator==(const Destino&) const = default;  ///< all fields are equal
 };
 
 /// A voice message. Identified by `id`. Nothing forces the claim and the result to match the
 /// status; TroviStore's `claim`, `resolve` and `reopen` set them together.
-struct Recado {
+struct TROVI_EXPORT Recado {
   std::string id;                          ///< stable, unique in the file
-  Date createdAt = now();                  ///< when it was recorded
-  double duration = 0;                     ///< length of the recording, seconds
+  Date createdAt;                          ///< when it was recorded
+  double duration;                         ///< length of the recording, seconds
   std::optional<std::string> audioPath{};  ///< the recording; removed together with the message
   std::string transcript;                  ///< what was said; may be empty
   std::string title;                       ///< short, derived from the transcript
   std::optional<std::string> destinoID{};  ///< `id` of its Destino; absent when unfiled
-  RecadoStatus status = RecadoStatus::pendente;  ///< its status
-  std::optional<std::string> claimedBy{};        ///< who claimed or resolved it
-  std::optional<Date> claimedAt{};               ///< when it was claimed
-  std::optional<std::string> result{};           ///< what the assistant did
-  std::optional<Date> resolvedAt{};              ///< when it was resolved
-  std::optional<std::string> language{};         ///< language of the transcript
+  RecadoStatus status;                     ///< its status
+  std::optional<std::string> claimedBy{};  ///< who claimed or resolved it
+  std::optional<Date> claimedAt{};         ///< when it was claimed
+  std::optional<std::string> result{};     ///< what the assistant did
+  std::optional<Date> resolvedAt{};        ///< when it was resolved
+  std::optional<std::string> language{};   ///< language of the transcript
 
   bool operator==(const Recado&) const = default;  ///< all fields are equal
 };
