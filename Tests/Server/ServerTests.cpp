@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <fstream>
 #include <optional>
 
 #include "FaultyDisk.h"
@@ -151,11 +152,13 @@ TEST(Memory, ThatIsTooLittleForATextMakesItEmpty) {
   TroviStore store(inbox.file);
   Server server(store);
   Recado recado = tests::someRecado("B");
-  recado.transcript.assign(32 << 20, '\x01');  // written in seven characters each
+  recado.transcript.assign(4 << 20, '\x01');  // written in seven characters each
   store.insert(recado);
+  rlim_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
   rlimit before{};
   getrlimit(RLIMIT_AS, &before);
-  const rlimit little{256 << 20, before.rlim_max};
+  const rlimit little{pages * static_cast<rlim_t>(getpagesize()) + (24 << 20), before.rlim_max};
   setrlimit(RLIMIT_AS, &little);
   const std::string text = reply(server, "recado_get", R"({"id":"B"})");
   setrlimit(RLIMIT_AS, &before);
