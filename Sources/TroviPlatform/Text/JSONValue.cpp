@@ -1,6 +1,9 @@
+#include <langinfo.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <locale>
 #include <sstream>
@@ -41,13 +44,14 @@ std::optional<std::int64_t> JSONValue::integer() const {
 std::optional<double> JSONValue::real() const {
   const auto* number = std::get_if<JSONNumber>(&content);
   if (number == nullptr) return {};
-  // Not strtod: in an application that has set its locale, it may expect a decimal comma.
-  std::istringstream stream(number->literal);
-  stream.imbue(std::locale::classic());
-  double value = 0;
-  stream >> value;
-  const bool isTooLarge = stream.fail() && std::abs(value) > 1;  // it may fail at tiny ones too
-  return std::isfinite(value) && !isTooLarge ? std::optional(value) : std::nullopt;
+  // Not a stream: that of libc++ cuts long numbers. strtod expects the decimal point of the locale
+  // that the application has set.
+  std::string literal = number->literal;
+  if (const auto point = literal.find('.'); point != std::string::npos) {
+    literal.replace(point, 1, nl_langinfo(RADIXCHAR));
+  }
+  const double value = std::strtod(literal.c_str(), nullptr);
+  return std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
 const JSONValue& JSONValue::operator[](std::string_view key) const {
