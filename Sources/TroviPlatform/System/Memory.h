@@ -4,8 +4,8 @@
 
 namespace trovi::platform {
 
-/// The most memory, in bytes, that one buffer keeps for the next line or reply. A list of 100 messages
-/// needs about a quarter of it.
+/// The most memory, in bytes, that one buffer keeps for the next line or reply. A list of 100
+/// messages needs about a quarter of it.
 inline constexpr std::size_t mostKept = std::size_t{4} << 20;
 
 /// Asks the allocator to keep freed memory for the next reply instead of returning it to the system

@@ -1,6 +1,7 @@
+#include <langinfo.h>
+
 #include <algorithm>
 #include <charconv>
-#include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -43,9 +44,11 @@ std::optional<std::int64_t> JSONValue::integer() const {
 std::optional<double> JSONValue::real() const {
   const auto* number = std::get_if<JSONNumber>(&content);
   if (number == nullptr) return {};
-  std::string literal = number->literal;  // with the decimal point that strtod expects
+  // Not a stream: that of libc++ cuts long numbers. strtod expects the decimal point of the locale
+  // that the application has set.
+  std::string literal = number->literal;
   if (const auto point = literal.find('.'); point != std::string::npos) {
-    literal.replace(point, 1, std::localeconv()->decimal_point);
+    literal.replace(point, 1, nl_langinfo(RADIXCHAR));
   }
   const double value = std::strtod(literal.c_str(), nullptr);
   return std::isfinite(value) ? std::optional(value) : std::nullopt;

@@ -90,8 +90,9 @@ class TROVI_EXPORT TroviStore {
  public:
   /// Opens the file and migrates it to the current schema: creates what is missing, adds the
   /// columns and triggers for the synchroniser to a file of the earlier schema, and adds three
-  /// destinations once in the life of a file. The folder must exist. Throws DatabaseError; the
-  /// steps before the failure stay applied, and the next open continues from there.
+  /// destinations unless the file is marked as having had them. The folder must exist. Throws
+  /// DatabaseError; what succeeded before the failure stays, and the next open goes through all
+  /// steps again.
   ///
   /// Programs that open an inbox at the same time wait for each other, at most for
   /// `Database::busyTimeout`. A new file gets its schema and its destinations with one commit. If
