@@ -199,7 +199,7 @@ TEST(Sessions, GoAsTheyWereRecorded) {
       SCOPED_TRACE(file.path().string() + ":" + std::to_string(++number));
       if (line.empty() || line[0] == '#') continue;
       std::string content = line.substr(2);
-      if (const auto at = content.find("@VERSION@"); at != content.npos)
+      if (const auto at = content.find("@VERSION@"); at != std::string::npos)
         content.replace(at, 9, TROVI_VERSION);
       if (line[0] == '<') {
         ASSERT_TRUE(reply) << "no reply";
