@@ -3,7 +3,8 @@
 # so the folder may be moved.
 
 # Debian's tools look for libraries here, below /usr and below /usr/local.
-if(PROJECT_IS_TOP_LEVEL AND CMAKE_LIBRARY_ARCHITECTURE AND EXISTS "/etc/debian_version")
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_LIBRARY_ARCHITECTURE AND EXISTS "/etc/debian_version"
+    AND NOT DEFINED CMAKE_INSTALL_LIBDIR)
   set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Folder of libraries")
 endif()
 include(GNUInstallDirs)

@@ -5,6 +5,7 @@
 
 #include "Memory.h"
 #include "Tools.h"
+#include "TroviCore/Version.h"
 #include "Unicode.h"
 
 namespace trovi::mcp {
