@@ -35,7 +35,7 @@ TEST(Bytes, AreOneLineForEachRequestAndNothingElse) {
     inOneGo.sendBytes(input);
     inOneGo.expectCleanEnd(output);
     ServerProcess byteByByte;
-    for (const char& byte : input) byteByByte.sendBytes({byte});
+    for (const char& byte : input) byteByByte.sendBytes({&byte, 1});
     byteByByte.expectCleanEnd(output);
   }
 }

@@ -1,7 +1,6 @@
 // What is JSON and what is not, the sessions show.
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <locale>
 
 #include "ByteScan.h"
@@ -55,21 +54,6 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
     "total": 0
   }
 ])")) << *text->text();
-}
-
-TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
-  const auto numbers = parseJSON(
-      "[7.0, 70e-1, -0.0, 0e99999999999999999999, 0.0000000000000000000000000005e+28,"
-      " 9223372036854775807, -9223372036854775808.0, 7.5, 1e400, 9223372036854775808,"
-      " 9223372036854775808.0, -9223372036854775809]");
-  using Limits = std::numeric_limits<std::int64_t>;
-  std::vector<std::optional<std::int64_t>> expected{7, 7, 0, 0, 5, Limits::max(), Limits::min()};
-  expected.resize(12);  // the others are no such integers
-  std::vector<std::optional<std::int64_t>> read;
-  for (const JSONValue& number : std::get<JSONArray>(numbers.value().content)) {
-    read.push_back(number.integer());
-  }
-  EXPECT_EQ(read, expected);
 }
 
 /// The number format of an application in Brazil.
