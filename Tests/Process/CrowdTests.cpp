@@ -21,22 +21,19 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
   // Another program's trigger that records every committed result.
   recorder.db().execute(
       "CREATE TABLE book(result UNIQUE); CREATE TRIGGER book AFTER UPDATE OF result ON recado "
-      "BEGIN INSERT INTO book VALUES (NEW.id || ':' || NEW.result); END");
+      "BEGIN INSERT INTO book VALUES (NEW.result); END");
 
   std::set<std::string> answered;
   constexpr std::size_t servers = 3;
   constexpr std::size_t burst = servers * 20;
   constexpr std::size_t rounds = 20;
   for (std::size_t round = 0; round < rounds; ++round) {
-    std::deque<ServerProcess> crowd;
-    for (std::size_t i = 0; i < servers; ++i) crowd.emplace_back();
-    std::vector<std::string> results;
+    std::deque<ServerProcess> crowd(servers);
+    const auto result = [&](std::size_t i) { return std::to_string(round * burst + i); };
     for (std::size_t i = 0; i < burst; ++i) {
       const std::string id = std::to_string(below(10));
-      const std::string result = std::to_string(round * burst + i);
-      results.push_back(id + ":" + result);
       crowd[i % servers].send(
-          toolCall("recado_resolve", R"({"id":")" + id + R"(","resultado":")" + result + "\"}"));
+          toolCall("recado_resolve", R"({"id":")" + id + R"(","resultado":")" + result(i) + "\"}"));
     }
     recorder.setDestino({.id = std::to_string(below(10)), .destinoID = "d"});
     const std::size_t killed = below(servers);
@@ -47,7 +44,7 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
       EXPECT_TRUE(reply || i % servers == killed);
       if (!reply || reply == failure("Erro no Trovi: Erro no banco: database is locked")) continue;
       EXPECT_TRUE(succeeded(reply)) << *reply;
-      answered.insert(results[i]);
+      answered.insert(result(i));
     }
   }
   EXPECT_GT(answered.size(), rounds);
@@ -76,8 +73,7 @@ TEST(FirstStart, IsWholeForEveryServerWhateverIsThereBefore) {
       deleted->insert(someRecado("deleted"));
       std::filesystem::remove(inbox);
     }
-    std::deque<ServerProcess> crowd;
-    for (int i = 0; i < 4; ++i) crowd.emplace_back();
+    std::deque<ServerProcess> crowd(4);
     std::this_thread::sleep_for(std::chrono::microseconds(200 * round));
     crowd.front().kill();
     crowd.pop_front();
