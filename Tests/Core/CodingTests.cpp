@@ -69,8 +69,22 @@ TEST(Coding, NamesTheKeyAndTheReasonOfAFailure) {
   EXPECT_EQ(failure<Recado>("[]"), "|not a JSON object");
   EXPECT_EQ(failure<Recado>(good, iso8601), "createdAt|not a text");
   EXPECT_EQ(failure<RecadoStatus>("\"todos\""), "|no status is called \"todos\"");
-  EXPECT_EQ(failure<RecadoStatus>("[]"), "|not a text");
   EXPECT_STREQ(CodingError("key", "reason").what(), "key: reason");
+}
+
+TEST(ISO8601, IsReadInOurFormAndThatOfOthers) {
+  EXPECT_EQ(toISO8601(dateSince1970(NAN)), "1970-01-01T00:00:00Z");
+  for (const char* text : {"2025-06-18T14:03:22.25Z", "2025-06-18T14:03:22.2500+00:00",
+                           "2025-06-18T11:03:22.25-03:00", "2025-06-19T03:48:22.25+13:45"}) {
+    EXPECT_EQ(fromISO8601(text), dateSince1970(1750255402.25)) << text;
+  }
+  for (const char* text :
+       {"", "2025-06-18T14:03:22.Z", "2025-06-18T14:03:22-0300", "2025-06-18T14:03:22+24:00",
+        "2025-06-18T14:03:22+00:60", "2025-06-18T14:03:22", "2025-06-18t14:03:22Z",
+        "2025-06-18T14:03:22ZZ", "2025-02-29T00:00:00Z", "2025-06-18T24:00:00Z",
+        "2025-06-18T14:60:00Z", "2025-06-18T14:03:60Z", "2025-06-18T14:03:2 Z"}) {
+    EXPECT_FALSE(fromISO8601(text)) << text;
+  }
 }
 
 TEST(Records, DifferAndHashByTheirFields) {

@@ -35,7 +35,7 @@ TEST(Bytes, AreOneLineForEachRequestAndNothingElse) {
     inOneGo.sendBytes(input);
     inOneGo.expectCleanEnd(output);
     ServerProcess byteByByte;
-    for (const char& byte : input) byteByByte.sendBytes({byte});
+    for (const char& byte : input) byteByByte.sendBytes({&byte, 1});
     byteByByte.expectCleanEnd(output);
   }
 }
@@ -56,24 +56,18 @@ TEST(BadInput, IsAnsweredOrDroppedAndNeverEndsTheServer) {
   const auto notFound = [](const std::string& id) {
     return failure("Recado " + id + " não encontrado.");
   };
-  const auto arrays = [](int n) { return repeated("[", n) + repeated("]", n); };
-  const auto objects = [](int n) { return repeated(R"({"a":)", n) + "0" + repeated("}", n); };
-  constexpr int deep = 100'000;
+  const auto nested = [](int n) { return repeated(R"({"a":[)", n) + repeated("]}", n); };
   const std::string huge = repeated(std::string(1000, 'x'), 20'000);
   const std::pair<std::string, std::optional<std::string>> cases[] = {
-      {repeated("[", deep), {}},
-      {pingWith(objects(deep)), {}},
-      {toolCall("destinos_list", R"({"a":)" + arrays(deep) + "}"), {}},
-      {pingWith(arrays(511)), pongWith(arrays(511))},
-      {pingWith(arrays(512)), {}},
-      {pingWith(objects(511)), pongWith(objects(511))},
-      {pingWith(objects(512)), {}},
+      {repeated("[", 100'000), {}},
+      {toolCall("destinos_list", nested(100'000)), {}},
+      {pingWith("[" + nested(255) + "]"), pongWith("[" + nested(255) + "]")},  // 512 with its own
+      {pingWith(nested(256)), {}},
       {huge, {}},
       {get(huge), notFound(huge)},
       {get("\xFF"), notFound("\uFFFD")},
       {pingWith("1") + "\xF0\x9F", {}},
       {pingWith("\"a\0b\""s), {}},
-      {get(R"(a\u0000b)"), notFound(R"(a\u0000b)")},
   };
   const Home home;
   ServerProcess server;
@@ -213,7 +207,7 @@ std::string comparable(std::string reply) {
 }
 
 TEST(Sessions, GoAsTheyWereRecorded) {
-  int sessions = 0;
+  ASSERT_FALSE(std::filesystem::is_empty(TROVI_SESSIONS));
   for (const auto& file : std::filesystem::directory_iterator(TROVI_SESSIONS)) {
     const Home home;
     ServerProcess server;
@@ -246,9 +240,7 @@ TEST(Sessions, GoAsTheyWereRecorded) {
     }
     EXPECT_EQ(reply, std::nullopt) << file.path();
     server.expectCleanEnd();
-    ++sessions;
   }
-  EXPECT_GT(sessions, 0);
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <climits>
 #include <cstdlib>
 #include <stdexcept>
 #include <utility>
@@ -48,33 +47,22 @@ ServerProcess::~ServerProcess() {
   if (process_ != 0) waitpid(process_, nullptr, 0);
 }
 
-void ServerProcess::sendBytes(const std::string& bytes) {
-  const auto writeAll = [input = input_](std::string_view rest) {
-    while (!rest.empty()) {
-      const auto count = ::write(input, rest.data(), rest.size());
-      if (count < 0) return;  // nobody reads any more
-      rest.remove_prefix(static_cast<std::size_t>(count));
-    }
-  };
-  if (bytes.size() < PIPE_BUF && !writing_.valid()) return writeAll(bytes);
-  writing_ = std::async(std::launch::async, [writeAll, bytes, before = std::move(writing_)] {
-    if (before.valid()) before.wait();
-    writeAll(bytes);
-  });
+void ServerProcess::sendBytes(std::string_view bytes) const {
+  while (!bytes.empty()) {
+    const auto count = ::write(input_, bytes.data(), bytes.size());
+    if (count < 0) return;  // nobody reads any more
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
 }
 
-void ServerProcess::closeInput() {
-  if (writing_.valid()) writing_.wait();
-  ::close(std::exchange(input_, -1));
-}
+void ServerProcess::closeInput() { ::close(std::exchange(input_, -1)); }
 
 std::optional<std::string> ServerProcess::receive() {
-  char* line = nullptr;
-  std::size_t room = 0;
-  const auto size = getline(&line, &room, output_.get());
-  const std::unique_ptr<char, decltype(&std::free)> owner(line, &std::free);
-  if (size < 1 || line[size - 1] != '\n') return {};
-  return std::string(line, static_cast<std::size_t>(size) - 1);
+  std::string line;
+  for (int c = 0; (c = std::getc(output_.get())) != EOF; line += static_cast<char>(c)) {
+    if (c == '\n') return line;
+  }
+  return {};
 }
 
 std::optional<std::string> ServerProcess::ask(std::string_view line) {

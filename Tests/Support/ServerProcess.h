@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -40,10 +39,9 @@ class ServerProcess {
   ServerProcess(const ServerProcess&) = delete;
   ServerProcess& operator=(const ServerProcess&) = delete;
 
-  /// Sends bytes unchanged. A thread sends large ones, so that a full pipe does not block the test.
-  void sendBytes(const std::string& bytes);
-  void send(std::string_view line) { sendBytes(std::string(line) + "\n"); }
-  /// Waits until everything is sent, then ends the server's input.
+  /// Sends bytes unchanged. Replies that are not received meanwhile must fit into a pipe.
+  void sendBytes(std::string_view bytes) const;
+  void send(std::string_view line) const { sendBytes(std::string(line) + "\n"); }
   void closeInput();
 
   /// The next line without its terminator; absent at the end of the output.
@@ -71,7 +69,6 @@ class ServerProcess {
   int input_ = -1;
   File output_{nullptr, &std::fclose};
   File errors_{std::tmpfile(), &std::fclose};
-  std::future<void> writing_;
   std::string rest_;
 };
 

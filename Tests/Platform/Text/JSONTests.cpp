@@ -1,7 +1,6 @@
 // What is JSON and what is not, the sessions show.
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <locale>
 
 #include "ByteScan.h"
@@ -10,22 +9,13 @@
 namespace trovi::platform {
 namespace {
 
-TEST(ByteScan, AgreesWithALoopOverSingleBytes) {
-  constexpr std::size_t size = 50;
-  for (const int first : {0x00, 0x1F, 0x20, 0x22, 0x5C, 0x7F, 0x80, 0xBF, 0xC1, 0xC2, 0xDF, 0xE0}) {
-    for (const int second : {0x00, 0x7F, 0x80, 0xBF, 0xC1, 0xC2, 0xDF, 0xE0, 0xFF}) {
-      for (std::size_t place = 1; place + 2 < size; ++place) {
-        std::string text(size, 'x');
-        text[place] = static_cast<char>(first);
-        text[place + 1] = static_cast<char>(second);
-        const bool isSpecial = first < 0x20 || first == '"' || first == '\\';
-        EXPECT_EQ(plainPrefix(text), isSpecial ? place : second < 0x20 ? place + 1 : size);
-        const bool isPair = first >= 0xC2 && first < 0xE0 && second >= 0x80 && second < 0xC0;
-        const bool isLatin = isPair || (first < 0x80 && second < 0x80);
-        const std::size_t latin = latinPrefix(text);
-        EXPECT_TRUE(isLatin ? latin == size : latin <= (first < 0x80 ? place + 1 : place))
-            << first << " " << second << " at " << place;
-      }
+TEST(ByteScan, FindsEachByteThatMustBeEscapedAtEveryPlace) {
+  for (int byte = 0; byte < 0x100; ++byte) {
+    for (std::size_t place = 0; place < 50; ++place) {
+      std::string text(50, '\xA0');
+      text[place] = static_cast<char>(byte);
+      const bool isSpecial = byte < 0x20 || byte == '"' || byte == '\\';
+      EXPECT_EQ(plainPrefix(text), isSpecial ? place : text.size()) << byte << " at " << place;
     }
   }
 }
@@ -55,21 +45,6 @@ TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
     "total": 0
   }
 ])")) << *text->text();
-}
-
-TEST(JSON, ReadsANumberAsAnIntegerOnlyWhenItIsOneOfSixtyFourBits) {
-  const auto numbers = parseJSON(
-      "[7.0, 70e-1, -0.0, 0e99999999999999999999, 0.0000000000000000000000000005e+28,"
-      " 9223372036854775807, -9223372036854775808.0, 7.5, 1e400, 9223372036854775808,"
-      " 9223372036854775808.0, -9223372036854775809]");
-  using Limits = std::numeric_limits<std::int64_t>;
-  std::vector<std::optional<std::int64_t>> expected{7, 7, 0, 0, 5, Limits::max(), Limits::min()};
-  expected.resize(12);  // the others are no such integers
-  std::vector<std::optional<std::int64_t>> read;
-  for (const JSONValue& number : std::get<JSONArray>(numbers.value().content)) {
-    read.push_back(number.integer());
-  }
-  EXPECT_EQ(read, expected);
 }
 
 /// The number format of an application in Brazil.
