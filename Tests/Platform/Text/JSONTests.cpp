@@ -23,28 +23,15 @@ TEST(ByteScan, FindsEachByteThatMustBeEscapedAtEveryPlace) {
 TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
   std::string ascii;
   for (char c = 0; c < 0x7F; ++c) ascii += c;
-  const JSONObject object{
-      {"total", 0},
-      {"recados", JSONArray{JSONObject{{"b", "a/ç\n"}, {"a", nullptr}}, JSONArray()}},
-      {"nada", JSONObject()}};
+  const JSONObject object{{"b", JSONArray{"a/ç\n", JSONArray()}}, {"a", JSONObject()}};
   std::string out;
   appendPrettyJSONText(out, JSONArray{ascii, object});
   const auto text = parseJSON(out);
   const auto value = parseJSON(text.value().text().value());
   EXPECT_EQ(std::get<JSONArray>(value.value().content).at(0).text(), ascii);
-  EXPECT_TRUE(text->text()->ends_with(R"(,
-  {
-    "nada": {},
-    "recados": [
-      {
-        "a": null,
-        "b": "a/ç\n"
-      },
-      []
-    ],
-    "total": 0
-  }
-])")) << *text->text();
+  const std::string_view layout =
+      ",\n  {\n    \"a\": {},\n    \"b\": [\n      \"a/ç\\n\",\n      []\n    ]\n  }\n]";
+  EXPECT_TRUE(text->text()->ends_with(layout)) << *text->text();
 }
 
 /// The number format of an application in Brazil.

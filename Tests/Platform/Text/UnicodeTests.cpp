@@ -32,14 +32,10 @@ TEST(Unicode, ReplacesEachMaximalIllFormedPartWhereverItStands) {
       text.replace(i, 1, "\uFFFD");
     }
     // At every offset from the boundaries of the blocks that are checked at once.
-    for (std::size_t before = 0; before < 20; ++before) {
-      for (const std::size_t after : {0U, 1U, 15U, 16U, 33U}) {
-        for (const std::string left : {"", "ççççççççç"}) {
-          const std::string start = left + std::string(before, 'x');
-          const std::string end(after, 'y');
-          ASSERT_EQ(repairedUTF8(start + bytes + end), start + text + end) << before << after;
-        }
-      }
+    for (std::size_t i = 0; i < 200; ++i) {
+      const std::string start = (i % 2 == 0 ? "" : "ççççççççç") + std::string(i / 10, 'x');
+      const std::string end(i % 5 * 8, 'y');
+      ASSERT_EQ(repairedUTF8(start + bytes + end), start + text + end) << i;
     }
   }
 }
