@@ -84,7 +84,7 @@ TEST(LowMemory, DropsALineOrAReplyAndGoesOn) {
   Database other(Home::inbox());
   other.execute(
       "INSERT INTO recado(id, created_at, status, transcript) VALUES ('B', 0, 'pego', "
-      "replace(hex(zeroblob(2097152)), '0', char(1)))");  // each byte is written as seven
+      "replace(hex(zeroblob(3145728)), '0', char(1)))");  // each byte is written as seven
   ServerProcess server("ulimit -v 65536");                // units of 1024 bytes
   EXPECT_EQ(server.ask(toolCall("recado_get", R"({"id":"B"})")),
             R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":""}],)"
