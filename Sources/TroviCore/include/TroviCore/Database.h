@@ -160,7 +160,7 @@ class TROVI_EXPORT Database {
   static constexpr std::chrono::milliseconds busyTimeout{4000};
 
   /// Opens the file. A missing file is created for its user only (mode 0600); its folder must
-  /// exist. Throws DatabaseError, and leaves no new file then.
+  /// exist. Throws DatabaseError; a new file that cannot be opened is removed again.
   explicit Database(const std::filesystem::path& path);
   ~Database();
   Database(const Database&) = delete;
