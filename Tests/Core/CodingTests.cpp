@@ -56,7 +56,7 @@ TEST(Coding, NamesTheKeyAndTheReasonOfAFailure) {
   const std::string good =
       R"({"id":"1","createdAt":1,"duration":1,"transcript":"","title":"","status":"pego","result":null})";
   const char* const cases[][3] = {
-      {"", "", "none"},
+      {R"("title":")", "\"title\":\"\xFF", "none"},
       {R"("title":"",)", "", "title|missing"},
       {R"("1")", "null", "id|missing"},
       {"1,", "true,", "createdAt|not a number in the range of a double"},

@@ -22,6 +22,7 @@ TEST_F(Sync, OffersMarkedMessagesOldestFirstWithTheTimeOfTheirState) {
   EXPECT_EQ(uploads[1].updatedAt, 2000);
   EXPECT_EQ(uploads[1].version, 1);
   EXPECT_EQ(uploads[2].updatedAt, 5000.5);
+  store.markUploaded(std::vector<UploadedVersion>{{.id = "velha", .version = 1}});  // not as it is
   store.markUploaded(store.pendingUploads(1));
   EXPECT_EQ(store.pendingUploads(1).at(0).recado.id, "sem estado");
 }

@@ -3,9 +3,13 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <future>
+#include <optional>
+#include <thread>
 
 #include "Calendar.h"
 #include "Directories.h"
+#include "FolderLock.h"
 #include "SerialQueue.h"
 #include "TemporaryFolder.h"
 
@@ -39,6 +43,27 @@ TEST(Directories, FollowAnAbsoluteHomeAndArePrivate) {
   const auto ofTheUserDatabase = applicationSupportDirectory();
   EXPECT_TRUE(ofTheUserDatabase.is_absolute());
   EXPECT_EQ(ofTheUserDatabase.string().find("someone"), std::string::npos);
+}
+
+TEST(FolderLock, KeepsAnotherOutForAsLongAsItLasts) {
+  using std::chrono::milliseconds;
+  const tests::TemporaryFolder folder;
+  std::optional<FolderLock> first(std::in_place, folder.path(), milliseconds(0));
+  EXPECT_FALSE(FolderLock(folder.path(), milliseconds(5)).isHeld());
+  first.reset();
+  EXPECT_TRUE(FolderLock(folder.path(), milliseconds(0)).isHeld());
+  EXPECT_FALSE(FolderLock(folder.path() / "missing", std::chrono::hours(1)).isHeld());
+}
+
+TEST(SerialQueue, WakesEveryThreadThatWaits) {
+  SerialQueue queue("test");
+  std::vector<std::future<void>> threads;
+  for (int i = 0; i < 8; ++i) {
+    threads.push_back(std::async(std::launch::async, [&] {
+      for (int j = 0; j < 5; ++j)
+        queue.sync([] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); });
+    }));
+  }
 }
 
 TEST(SerialQueueDeathTest, ReentryAbortsWithAMessage) {
