@@ -113,7 +113,7 @@ Folder read(const path& shared, const std::string& machine) {
       } else if (const auto document = documentIn(file)) {
         folder.documents.push_back(*document);
         if (isMine) folder.mine.insert({document->recado.id, *document});
-      } else if (isMine) {
+      } else if (isMine && entry.is_regular_file()) {
         remove(file);  // half-written by a run that was killed, or a copy
       }
     }

@@ -60,13 +60,12 @@ struct FieldDecoder {
 };
 
 /// Adds a member to the text of an object.
-void add(std::string& object, Key key, JSONValue value) {
-  object.pop_back();
-  if (object != "{") object += ',';
-  platform::appendJSON(object, platform::repairedUTF8(key));
-  object += ':';
-  platform::appendJSON(object, value);
-  object += '}';
+void add(std::string& object, Key key, const JSONValue& value) {
+  std::string member(object == "{}" ? "" : ",");
+  platform::appendJSON(member, platform::repairedUTF8(key));
+  member += ':';
+  platform::appendJSON(member, value);
+  object.insert(object.size() - 1, member);
 }
 
 JSONValue parsed(std::string_view text) {

@@ -174,7 +174,7 @@ class __attribute__((visibility("hidden"))) Database::Connection {
       // After any other error, another program may be using the file.
       const bool isUseless = isNew && (error.code() & 0xFF) == SQLITE_CANTOPEN;
       std::error_code ignored;
-      if (isUseless) remove(canonical(absolute, ignored), ignored);
+      if (isUseless) remove(platform::linkTarget(absolute), ignored);
       throw;
     }
   }

@@ -87,18 +87,22 @@ void ignoringFailure(Database& db, const char* statement) {
   }
 }
 
-constexpr const char* selectSeeded = "SELECT value FROM meta WHERE key = 'seeded'";
-
-bool isSeeded(Database& db) {
+/// Whether the file is seeded and has the last column. False after any error: a new file has no
+/// such table, and the migration meets all others.
+bool isCurrent(Database& db) {
   try {
-    return !db.query(selectSeeded).empty();
+    const auto rows = db.query(
+        "SELECT value FROM meta, pragma_table_info('recado') WHERE key = 'seeded' AND name = "
+        "'dirty'");
+    return !rows.empty();
   } catch (const DatabaseError&) {
-    return false;  // a new file has no such table
+    return false;
   }
 }
 
 /// Runs `work` with one commit: one flush to the disk for all its statements, and a program that is
-/// killed leaves none of them half-done. A failure rolls nothing back: what succeeded before stays.
+/// killed leaves none of them half-done. After a failure, what succeeded before stays, unless
+/// SQLite itself has rolled back.
 template <class Work>
 void inOneCommit(Database& db, const Work& work) {
   db.execute("BEGIN IMMEDIATE;");
@@ -118,7 +122,8 @@ void inOneCommit(Database& db, const Work& work) {
 /// another program switches.
 struct TroviStore::Opening {
   explicit Opening(const std::filesystem::path& given)
-      : path(platform::absolutePath(given)), lock(path.parent_path(), Database::busyTimeout) {
+      : path(platform::absolutePath(given)),
+        lock(platform::linkTarget(path).parent_path(), Database::busyTimeout) {
     // Removes the log of an inbox that was deleted. A program that has it open still must not share
     // it with those that open the new inbox. Without the lock it may be the log of a newer one.
     if (!lock.isHeld() || platform::isTaken(path)) return;
@@ -135,7 +140,7 @@ struct TroviStore::Opening {
 TroviStore::TroviStore(const std::filesystem::path& path) : TroviStore(Opening(path)) {}
 
 TroviStore::TroviStore(const Opening& opening) : db_(opening.path) {
-  if (isSeeded(db_)) {
+  if (isCurrent(db_)) {
     migrate();
   } else {
     inOneCommit(db_, [this] { migrate(); });
@@ -145,7 +150,7 @@ TroviStore::TroviStore(const Opening& opening) : db_(opening.path) {
 void TroviStore::migrate() {
   db_.execute(baseSchema);
   migrateSync();
-  if (!db_.query(selectSeeded).empty()) return;
+  if (!db_.query("SELECT value FROM meta WHERE key = 'seeded'").empty()) return;
   std::int64_t sort = 0;
   for (const Seed& seed : seeds) {
     saveDestino({.id = newID(),

@@ -18,7 +18,8 @@ class Server {
 
   /// Handles one line, any bytes without the line terminator, and returns the reply without one,
   /// valid until the next call. Absent if no reply is due: the line is blank, not a JSON object, or
-  /// a notification. Throws std::bad_alloc if there is not enough memory for the reply.
+  /// a notification, or there is not enough memory to parse it. Throws std::bad_alloc if there is
+  /// not enough memory for the reply.
   std::optional<std::string_view> answer(std::string_view line);
 
  private:

@@ -20,6 +20,8 @@ class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
   /// An error in the value under `key`, or in the whole document if `key` is empty.
   CodingError(std::string key, std::string reason);
+  CodingError(const CodingError&) = default;  // and no move, which would leave it empty
+  CodingError& operator=(const CodingError&) = default;
 
   const std::string& key() const noexcept { return parts_->key; }  ///< empty: the whole document
   const std::string& reason() const noexcept { return parts_->reason; }  ///< in English
