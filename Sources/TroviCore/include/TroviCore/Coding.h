@@ -20,8 +20,11 @@ class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
   /// An error in the value under `key`, or in the whole document if `key` is empty.
   CodingError(std::string key, std::string reason);
-  CodingError(const CodingError&) = default;  // and no move, which would leave it empty
+  /// @{
+  /// A copy throws nothing. There is no move, which would leave an error without its texts.
+  CodingError(const CodingError&) = default;
   CodingError& operator=(const CodingError&) = default;
+  /// @}
 
   const std::string& key() const noexcept { return parts_->key; }  ///< empty: the whole document
   const std::string& reason() const noexcept { return parts_->reason; }  ///< in English

@@ -40,11 +40,13 @@ class TROVI_EXPORT SQLValue {
   static SQLValue from(std::optional<double> value);
   static SQLValue from(std::optional<Date> value);
   /// @}
+  /// @{
   /// An integer must not become a real unnoticed: use `integer`.
   template <std::integral Integer>
   static SQLValue from(Integer value) = delete;
   template <std::integral Integer>
   static SQLValue from(std::optional<Integer> value) = delete;
+  /// @}
 
   /// @{
   /// The value as one kind, or a null pointer if it is of another. It points into this object.
