@@ -25,27 +25,6 @@ std::string written(const JSONValue& value) {
   return text;
 }
 
-/// Has the server answer, and checks the reply against the line.
-void checkAnswer(mcp::Server& server, std::string_view line) {
-  std::string repaired;
-  const auto message =
-      platform::parseJSON(platform::trimmedBlanks(platform::repairedUTF8(line, repaired)));
-  const JSONValue id = message.value_or(nullptr)["id"];
-
-  const auto text = server.answer(line);
-  require(text.has_value() == !id.isNull(),
-          "whatever is a request gets a reply, and nothing else does");
-  if (!text) return;
-  require(text->find_first_of("\r\n") == std::string::npos, "a reply is one line");
-  require(platform::repairedUTF8(*text) == *text, "a reply is UTF-8");
-  const auto reply = platform::parseJSON(*text);
-  require(reply && reply->object() != nullptr, "a reply is a JSON object");
-  require(reply->object()->size() == 3 && (*reply)["jsonrpc"].text() == "2.0" &&
-              written((*reply)["id"]) == written(id) &&
-              ((*reply)["result"].object() == nullptr) != ((*reply)["error"].object() == nullptr),
-          "a reply has its three members");
-}
-
 constexpr const char* foreignRows = R"(
 DELETE FROM recado;
 INSERT INTO recado(id, created_at, duration, transcript, title, status, result, language) VALUES
@@ -63,8 +42,22 @@ void session(std::string_view input) {
 
   while (!input.empty()) {
     const std::string_view line = input.substr(0, input.find('\n'));
-    checkAnswer(server, line);
     input.remove_prefix(std::min(input.size(), line.size() + 1));
+    const auto message = platform::parseJSON(platform::trimmedBlanks(platform::repairedUTF8(line)));
+    const JSONValue id = message.value_or(nullptr)["id"];
+
+    const auto text = server.answer(line);
+    require(text.has_value() == !id.isNull(),
+            "whatever is a request gets a reply, and nothing else does");
+    if (!text) continue;
+    require(text->find_first_of("\r\n") == std::string::npos, "a reply is one line");
+    require(platform::repairedUTF8(*text) == *text, "a reply is UTF-8");
+    const auto reply = platform::parseJSON(*text);
+    require(reply && reply->object() != nullptr, "a reply is a JSON object");
+    require(reply->object()->size() == 3 && (*reply)["jsonrpc"].text() == "2.0" &&
+                written((*reply)["id"]) == written(id) &&
+                ((*reply)["result"].object() == nullptr) != ((*reply)["error"].object() == nullptr),
+            "a reply has its three members");
   }
 }
 

@@ -79,10 +79,10 @@ TEST(ISO8601, IsReadInOurFormAndThatOfOthers) {
     EXPECT_EQ(fromISO8601(text), dateSince1970(1750255402.25)) << text;
   }
   for (const char* text :
-       {"", "2025-06-18T14:03:22.Z", "2025-06-18T14:03:22-0300", "2025-06-18T14:03:22+24:00",
-        "2025-06-18T14:03:22+00:60", "2025-06-18T14:03:22", "2025-06-18t14:03:22Z",
-        "2025-06-18T14:03:22ZZ", "2025-02-29T00:00:00Z", "2025-06-18T24:00:00Z",
-        "2025-06-18T14:60:00Z", "2025-06-18T14:03:60Z", "2025-06-18T14:03:2 Z"}) {
+       {"2025-06-18T14:03:22.Z", "2025-06-18T14:03:22-0300", "2025-06-18T14:03:22+24:00",
+        "2025-06-18T14:03:22+00:60", "2025-06-18T14:03:22", "2025-06-18T14:03:22ZZ",
+        "2025-02-29T00:00:00Z", "2025-06-18T24:00:00Z", "2025-06-18T14:60:00Z",
+        "2025-06-18T14:03:60Z", "2025-06-18T14:03:2 Z", "2025-06-18t14:03:22Z", ""}) {
     EXPECT_FALSE(fromISO8601(text)) << text;
   }
 }
@@ -100,8 +100,7 @@ TEST(Records, DifferAndHashByTheirFields) {
 TEST(RecadoStatus, KeepsItsStoredTextsItsLabelsAndItsOrder) {
   std::string found;
   for (const auto status : allCases<RecadoStatus>()) {
-    found += toJSON(status) + std::string(label(status)) + ";";
-    EXPECT_EQ(fromJSON<RecadoStatus>(toJSON(status)), status);
+    found += toJSON(fromJSON<RecadoStatus>(toJSON(status))) + std::string(label(status)) + ";";
   }
   EXPECT_EQ(found, R"("transcrevendo"Transcrevendo;"pendente"Pendente;"pego"Pego pela IA;)"
                    R"("resolvido"Resolvido;"falhou"Falhou;)");

@@ -54,13 +54,12 @@ TEST_F(Connection, BindsByPositionAndReadsEveryKindOfValue) {
   EXPECT_EQ(db.query("SELECT ? AS a", parameters).at(0).stringValue("a"), "ab");
   const auto rows = db.query(
       "SELECT x'00ff' AS blob, CAST(x'61ff62006364' AS TEXT) AS broken, 1 AS twice, 'two' AS "
-      "twice, '' AS empty UNION ALL SELECT 1, 2, 3, 4, 5");
+      "twice, '' AS empty");
   std::string columns;
   for (const auto& [name, value] : rows.at(0).columns()) {
     columns.append(name).append(value->isNull() ? " is null;" : "=" + *value->asText() + ";");
   }
   EXPECT_EQ(columns, "blob is null;broken=a\uFFFDb;twice=two;empty=;");
-  EXPECT_EQ(rows.at(1).intValue("empty"), 5);
 }
 
 TEST_F(Connection, HasTheSettingsThatTheOtherProgramsCountOn) {
@@ -101,13 +100,11 @@ TEST_F(Connection, SaysWhatFailedInWordsAndInNumbersAndLeavesNoNewFile) {
 class Threads : public tests::Inbox {};
 
 TEST_F(Threads, GetTheirOwnAnswersAndEveryChangeCounts) {
-  constexpr int threads = 4;
-  constexpr int rounds = 25;
   Database& db = store.db();
   store.insert(tests::someRecado("shared"));
   const auto work = [&](int thread) {
     const std::string name = std::to_string(thread);
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < 25; ++round) {
       const std::string own = name + "." + std::to_string(round);
       store.insert(tests::someRecado(own));
       EXPECT_EQ(store.claim({.id = own, .by = own})->claimedBy, own);
@@ -123,7 +120,7 @@ TEST_F(Threads, GetTheirOwnAnswersAndEveryChangeCounts) {
   };
   {
     std::vector<std::future<void>> workers;
-    for (int i = 0; i < threads; ++i) workers.push_back(std::async(std::launch::async, work, i));
+    for (int i = 0; i < 4; ++i) workers.push_back(std::async(std::launch::async, work, i));
   }
   EXPECT_EQ(each("dirty", "recado WHERE id = 'shared'"), "102;");
   EXPECT_EQ(each("n", "(SELECT count(*) AS n FROM recado WHERE result = id)"), "100;");

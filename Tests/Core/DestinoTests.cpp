@@ -30,12 +30,9 @@ TEST_F(Destinos, AreListedBySortThenByTheBytesOfTheirNames) {
 TEST_F(Destinos, AreFoundByNameWhateverTheCaseAndTheAccents) {
   const char* const names[] = {"Ideias soltas", "A\u00E7\u00E3o", "ACAO", "fim ", ""};
   for (const char* name : names) save(name, name, 0);
-  const std::vector<std::pair<std::string, std::string>> cases{
-      {"IDEIAS SOLTAS", names[0]},
-      {" \t\u00A0ide\u00EDas s\u00F3ltas\u3000", names[0]},
-      {"Ac\u0327a\u0303o", "ACAO"},
-      {" \t", ""}};
-  for (const auto& [given, found] : cases) EXPECT_EQ(store.destinoNamed(given)->name, found);
+  EXPECT_EQ(store.destinoNamed(" \t\u00A0IDE\u00CDAS s\u00F3ltas\u3000")->name, names[0]);
+  EXPECT_EQ(store.destinoNamed("Ac\u0327a\u0303o")->name, "ACAO");
+  EXPECT_EQ(store.destinoNamed(" \t")->name, "");
   for (const char* none : {"ideias", "ideias  soltas", "ideias soltas\n", "fim ", "\xFF"}) {
     EXPECT_FALSE(store.destinoNamed(none)) << none;
   }

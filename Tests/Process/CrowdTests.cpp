@@ -1,6 +1,7 @@
 // Several servers and a recorder on one file, while servers are killed and restarted.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <fstream>
 #include <random>
@@ -48,15 +49,14 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
     }
   }
   EXPECT_GT(answered.size(), rounds);
-  for (const std::string& result : answered) {
-    const auto found =
-        recorder.db().query("SELECT * FROM book WHERE result = ?", {SQLValue::text(result)});
-    EXPECT_EQ(found.size(), 1U) << result;
+  std::set<std::string> booked;
+  for (const Row& row : recorder.db().query("SELECT * FROM book")) {
+    booked.insert(row.stringValue("result").value());
   }
-  const auto booked = recorder.db().query("SELECT * FROM book").size();
-  EXPECT_LE(booked, answered.size() + rounds);  // + what killed servers did not confirm
+  EXPECT_TRUE(std::includes(booked.begin(), booked.end(), answered.begin(), answered.end()));
+  EXPECT_LE(booked.size(), answered.size() + rounds);  // + what killed servers did not confirm
   const auto changes = recorder.db().query("SELECT sum(dirty - 2) AS n FROM recado");
-  EXPECT_EQ(changes.at(0).intValue("n"), rounds + booked);
+  EXPECT_EQ(changes.at(0).intValue("n"), rounds + booked.size());
   expectSound(recorder.db());
 }
 

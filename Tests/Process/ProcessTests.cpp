@@ -21,22 +21,14 @@ std::string pongWith(const std::string& id) {
 
 TEST(Bytes, AreOneLineForEachRequestAndNothingElse) {
   const std::string request = pingWith("7");
-  const std::string reply = pongWith("7") + '\n';
-  const std::pair<std::string, std::string> cases[] = {
-      {"", ""},
-      {request + "\r" + request + "\n", ""},
-      {request + "\r\r\n\n\r\n \t\n\u00A0\t" + request + " \u00A0\r\n" + request,
-       reply + reply + reply},
-  };
+  const std::string input = request + "\r" + request + "\n" + request +
+                            "\r\r\n\n\r\n \t\n\u00A0\t" + request + " \u00A0\r\n" + request;
   const Home home;
-  for (const auto& [input, output] : cases) {
-    SCOPED_TRACE(input);
-    ServerProcess inOneGo;
-    inOneGo.sendBytes(input);
-    inOneGo.expectCleanEnd(output);
-    ServerProcess byteByByte;
-    for (const char& byte : input) byteByByte.sendBytes({&byte, 1});
-    byteByByte.expectCleanEnd(output);
+  ServerProcess().expectCleanEnd();
+  for (const std::size_t piece : {input.size(), std::size_t{1}}) {
+    ServerProcess server;
+    for (std::size_t i = 0; i < input.size(); i += piece) server.sendBytes({&input[i], piece});
+    server.expectCleanEnd(repeated(pongWith("7") + '\n', 3));
   }
 }
 
@@ -50,24 +42,17 @@ TEST(Bytes, PassPipesThatDoNotBlock) {
 }
 
 TEST(BadInput, IsAnsweredOrDroppedAndNeverEndsTheServer) {
-  const auto get = [](const std::string& id) {
-    return toolCall("recado_get", R"({"id":")" + id + "\"}");
-  };
-  const auto notFound = [](const std::string& id) {
-    return failure("Recado " + id + " não encontrado.");
-  };
   const auto nested = [](int n) { return repeated(R"({"a":[)", n) + repeated("]}", n); };
-  const std::string huge = repeated(std::string(1000, 'x'), 20'000);
+  const std::string huge(20'000'000, 'x');
   const std::pair<std::string, std::optional<std::string>> cases[] = {
-      {repeated("[", 100'000), {}},
       {toolCall("destinos_list", nested(100'000)), {}},
       {pingWith("[" + nested(255) + "]"), pongWith("[" + nested(255) + "]")},  // 512 with its own
       {pingWith(nested(256)), {}},
       {huge, {}},
-      {get(huge), notFound(huge)},
-      {get("\xFF"), notFound("\uFFFD")},
-      {pingWith("1") + "\xF0\x9F", {}},
-      {pingWith("\"a\0b\""s), {}},
+      {toolCall("recado_get", R"({"id":")" + huge + "\"}"),
+       failure("Recado " + huge + " não encontrado.")},
+      {pingWith("\"\xFF\""), pongWith("\"\uFFFD\"")},
+      {pingWith("1") + '\0', {}},
   };
   const Home home;
   ServerProcess server;
@@ -118,7 +103,6 @@ TEST(LowMemory, DropsALineOrAReplyAndGoesOn) {
 
 TEST(Start, FailsInOneLineWithStatus1) {
   const std::pair<const char*, const char*> cases[] = {
-      {"rm trovi.sqlite; mkdir trovi.sqlite", "Não abri o banco: unable to open database file"},
       {"rm -r ../Trovi; echo >../Trovi", "Não abri o banco: unable to open database file"},
       {"seq 9999 >trovi.sqlite", "Erro no banco: file is not a database"},
       {"seq 999 | dd of=trovi.sqlite seek=1 bs=100 conv=notrunc 2>/dev/null",
@@ -129,8 +113,8 @@ TEST(Start, FailsInOneLineWithStatus1) {
     Home::fileOne();
     ServerProcess server("cd '" + Home::inbox().parent_path().string() + "'; " + damage);
     server.send(ping);
+    EXPECT_EQ(server.receive(), std::nullopt);
     EXPECT_EQ(server.wait(), 1);
-    EXPECT_EQ(server.standardOutput(), "");
     EXPECT_EQ(server.standardError(),
               "[trovi-mcp] não abri a caixa do Trovi: "s + description + "\n");
   }
@@ -234,8 +218,7 @@ TEST(Sessions, GoAsTheyWereRecorded) {
       if (line[0] == '>') reply = server.ask(content);
       if (line[0] == '!') other.execute(content);
       if (line[0] == '?') {
-        const auto rows = other.query("SELECT CAST((" + content + ") AS TEXT) AS answer");
-        reply = rows.at(0).stringValue("answer");
+        reply = other.query("SELECT CAST((" + content + ") AS TEXT) AS x").at(0).stringValue("x");
       }
     }
     EXPECT_EQ(reply, std::nullopt) << file.path();

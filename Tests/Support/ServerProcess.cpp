@@ -78,7 +78,7 @@ std::optional<std::string> ServerProcess::ask(std::string_view line) {
 void ServerProcess::expectCleanEnd(const std::string& output) {
   closeInput();
   EXPECT_EQ(wait(), 0);
-  EXPECT_EQ(standardOutput(), output);
+  EXPECT_EQ(rest_, output);
   EXPECT_EQ(standardError(), "");
 }
 

@@ -59,7 +59,6 @@ class ServerProcess {
   /// The exit status, or minus the number of the signal that ended the process.
   int wait();
 
-  const std::string& standardOutput() const { return rest_; }  ///< what `wait` found unread
   std::string standardError() const;
 
  private:
@@ -69,7 +68,7 @@ class ServerProcess {
   int input_ = -1;
   File output_{nullptr, &std::fclose};
   File errors_{std::tmpfile(), &std::fclose};
-  std::string rest_;
+  std::string rest_;  ///< of the output, which `wait` found unread
 };
 
 inline constexpr const char* ping = R"({"id":"ping","method":"ping"})";

@@ -6,6 +6,7 @@
 #include <future>
 #include <optional>
 #include <thread>
+#include <tuple>
 
 #include "Calendar.h"
 #include "Directories.h"
@@ -15,6 +16,8 @@
 
 namespace trovi::platform {
 namespace {
+
+using namespace std::chrono_literals;
 
 #ifdef __APPLE__
 constexpr const char* below = "/Library/Application Support";
@@ -35,24 +38,19 @@ TEST(Directories, FollowAnAbsoluteHomeAndArePrivate) {
   createDirectories(found / "Trovi");
   umask(before);
   for (auto made = found / "Trovi"; made != folder.path(); made = made.parent_path()) {
-    struct stat status {};
-    ASSERT_EQ(stat(made.c_str(), &status), 0) << made;
-    EXPECT_EQ(status.st_mode & 0777U, mode) << made;
+    EXPECT_EQ(status(made).permissions(), std::filesystem::perms(mode)) << made;
   }
   setenv("HOME", "someone", 1);
-  const auto ofTheUserDatabase = applicationSupportDirectory();
-  EXPECT_TRUE(ofTheUserDatabase.is_absolute());
-  EXPECT_EQ(ofTheUserDatabase.string().find("someone"), std::string::npos);
+  EXPECT_EQ(applicationSupportDirectory().string().find("someone"), std::string::npos);
 }
 
 TEST(FolderLock, KeepsAnotherOutForAsLongAsItLasts) {
-  using std::chrono::milliseconds;
   const tests::TemporaryFolder folder;
-  std::optional<FolderLock> first(std::in_place, folder.path(), milliseconds(0));
-  EXPECT_FALSE(FolderLock(folder.path(), milliseconds(5)).isHeld());
+  std::optional<FolderLock> first(std::in_place, folder.path(), 0ms);
+  EXPECT_FALSE(FolderLock(folder.path(), 5ms).isHeld());
   first.reset();
-  EXPECT_TRUE(FolderLock(folder.path(), milliseconds(0)).isHeld());
-  EXPECT_FALSE(FolderLock(folder.path() / "missing", std::chrono::hours(1)).isHeld());
+  EXPECT_TRUE(FolderLock(folder.path(), 0ms).isHeld());
+  EXPECT_FALSE(FolderLock(folder.path() / "missing", 1h).isHeld());
 }
 
 TEST(SerialQueue, WakesEveryThreadThatWaits) {
@@ -60,8 +58,7 @@ TEST(SerialQueue, WakesEveryThreadThatWaits) {
   std::vector<std::future<void>> threads;
   for (int i = 0; i < 8; ++i) {
     threads.push_back(std::async(std::launch::async, [&] {
-      for (int j = 0; j < 5; ++j)
-        queue.sync([] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); });
+      for (int j = 0; j < 5; ++j) queue.sync([] { std::this_thread::sleep_for(1ms); });
     }));
   }
 }
@@ -74,10 +71,7 @@ TEST(SerialQueueDeathTest, ReentryAbortsWithAMessage) {
 }
 
 TEST(Calendar, FindsTheFirstInstantOfTheMonthWhereMidnightIsMissingOrDoubled) {
-  const struct {
-    const char* zone;
-    std::time_t now, first;
-  } cases[] = {
+  const std::tuple<const char*, std::time_t, std::time_t> cases[] = {
       {"AAA3BBB2,J274/0,J60/0", 1697328000, 1696129200},     // no midnight on October 1st
       {"AAA5BBB4,M3.2.0/2,J305/1", 1604206800, 1604203200},  // two on November 1st
       {"<-0330>3:30", 1700000000, 1698809400},
