@@ -122,8 +122,7 @@ TEST(Start, FailsInOneLineWithStatus1) {
 
 TEST(FullDisk, LosesNothingAnswered) {
   const std::string resolve = toolCall("recado_resolve", R"({"id":"A","resultado":"feito"})");
-  int fitting = 0;
-  for (int blocks = 8; fitting < 2; blocks += 8) {
+  for (int blocks = 8, fitting = 0; fitting < 2; blocks += 8) {
     SCOPED_TRACE(blocks);
     fitting = 0;
     for (const bool isFirstStart : {true, false}) {

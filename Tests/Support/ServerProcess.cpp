@@ -58,11 +58,12 @@ void ServerProcess::sendBytes(std::string_view bytes) const {
 void ServerProcess::closeInput() { ::close(std::exchange(input_, -1)); }
 
 std::optional<std::string> ServerProcess::receive() {
-  std::string line;
-  for (int c = 0; (c = std::getc(output_.get())) != EOF; line += static_cast<char>(c)) {
-    if (c == '\n') return line;
-  }
-  return {};
+  char* line = nullptr;
+  std::size_t room = 0;
+  const auto size = getline(&line, &room, output_.get());
+  const std::unique_ptr<char, decltype(&std::free)> owner(line, &std::free);
+  if (size < 1 || line[size - 1] != '\n') return {};
+  return std::string(line, static_cast<std::size_t>(size) - 1);
 }
 
 std::optional<std::string> ServerProcess::ask(std::string_view line) {
