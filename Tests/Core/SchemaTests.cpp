@@ -28,7 +28,7 @@ TEST(FirstStart, MakesFilesOfMode0600WhateverTheUmask) {
 
 TEST_F(Schema, OfACurrentFileIsLeftAlone) {
   store.insert(tests::someRecado("1"));
-  other.execute("DELETE FROM destino WHERE sort > 0; UPDATE meta SET value = NULL");
+  other.execute("DELETE FROM destino WHERE sort; UPDATE meta SET value = NULL; BEGIN IMMEDIATE");
   TroviStore again(file);
   EXPECT_EQ(each("name", "destino"), "Ideias soltas;");  // "seeded" counts whatever its value
   EXPECT_EQ(each("dirty"), "2;");
