@@ -20,7 +20,7 @@ test('the client works through an inbox, and the server is as its bundle says', 
   const mcpb = (...words) => run(process.execPath, realpathSync('node_modules/.bin/mcpb'), ...words);
   const read = (name) => JSON.parse(readFileSync(join(bundle, name)));
   if (TROVI_BUNDLE) mcpb('unpack', TROVI_BUNDLE, bundle);
-  const manifest = TROVI_BUNDLE && read('manifest.json');
+  const manifest = TROVI_BUNDLE ? read('manifest.json') : null;
   const inBundle = manifest?.server.mcp_config.command.replace('${__dirname}', bundle);
 
   const client = new Client({ name: 'Teste', version: '1' });
@@ -38,15 +38,11 @@ test('the client works through an inbox, and the server is as its bundle says', 
 
   assert.deepEqual(client.getServerVersion(), { name: 'trovi', title: 'Trovi', version });
   await client.ping();
-  const { recados: [{ id, destino }] } = await call('inbox_list');
-  const { destinos } = await call('destinos_list');
-  assert.deepEqual(destinos.find(({ nome }) => nome === 'Corvane'), destino);
+  const { recados: [{ id }] } = await call('inbox_list');
   const claimed = await call('recado_claim', { id });
-  assert.equal(claimed.pego_por, 'Teste');
   const resultado = 'Abri a issue 42: https://exemplo.com/issues/42';
   const resolved = await call('recado_resolve', { id, resultado });
   assert.deepEqual(resolved, { ...claimed, status: 'resolvido', resultado });
-  assert.deepEqual(await call('recado_get', { id }), resolved);
   assert.deepEqual(await call('search', { consulta: 'issue 42' }), { total: 1, recados: [resolved] });
   const { tools } = await client.listTools();
   assert.equal(tools.length, 6);

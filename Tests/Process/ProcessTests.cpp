@@ -30,6 +30,11 @@ TEST(Bytes, AreOneLineForEachRequestAndNothingElse) {
     for (std::size_t i = 0; i < input.size(); i += piece) server.sendBytes({&input[i], piece});
     server.expectCleanEnd(repeated(pongWith("7") + '\n', 3));
   }
+  ServerProcess server;
+  server.sendBytes(request + "\n{\"id\":\"8\"");
+  EXPECT_EQ(server.receive(), pongWith("7"));  // so the start of the second line has been read too
+  server.sendBytes(R"(,"method":"ping"})");
+  server.expectCleanEnd(pongWith("\"8\"") + '\n');
 }
 
 TEST(Bytes, PassPipesThatDoNotBlock) {
@@ -76,7 +81,7 @@ TEST(LowMemory, DropsALineOrAReplyAndGoesOn) {
             R"("isError":false}})");
   bool answered = false;
   std::optional<std::int64_t> stored;
-  for (const std::int64_t megabytes : {1, 5, 9, 13, 15, 16, 17, 19}) {
+  for (const std::int64_t megabytes : {1, 5, 9, 13, 15, 16, 17, 35}) {
     const auto size = megabytes << 20;
     const std::string text = '"' + std::string(static_cast<std::size_t>(size), 'x') + '"';
     const auto resolved =
@@ -95,9 +100,8 @@ TEST(LowMemory, DropsALineOrAReplyAndGoesOn) {
   server.closeInput();
   EXPECT_EQ(server.wait(), 0);
   const std::string said = server.standardError();
-  EXPECT_NE(said, "");
   const std::string noReply = "[trovi-mcp] não consegui serializar a resposta\n";
-  EXPECT_EQ(said, repeated(noReply, static_cast<int>(said.size() / noReply.size())));
+  EXPECT_EQ(said, repeated(noReply, std::max(1, static_cast<int>(said.size() / noReply.size()))));
 }
 #endif
 
