@@ -48,7 +48,7 @@ TEST(Bytes, PassPipesThatDoNotBlock) {
 
 TEST(BadInput, IsAnsweredOrDroppedAndNeverEndsTheServer) {
   const auto nested = [](int n) { return repeated(R"({"a":[)", n) + repeated("]}", n); };
-  const std::string huge(20'000'000, 'x');
+  const std::string huge = repeated("x", 20'000'000);
   const std::pair<std::string, std::optional<std::string>> cases[] = {
       {toolCall("destinos_list", nested(100'000)), {}},
       {pingWith("[" + nested(255) + "]"), pongWith("[" + nested(255) + "]")},  // 512 with its own
