@@ -7,6 +7,7 @@
 #include "JSON.h"
 #include "Server.h"
 #include "TemporaryFolder.h"
+#include "Tools.h"
 #include "TroviCore/Database.h"
 #include "Unicode.h"
 
@@ -36,7 +37,7 @@ INSERT INTO recado(id, created_at, duration, transcript, title, status, result, 
 void session(std::string_view input) {
   static const tests::TemporaryFolder folder;
   TroviStore store(folder.path() / "trovi.sqlite");
-  mcp::Server server(store);
+  mcp::Server server(mcp::catalogue(), store);
   Database other(folder.path() / "trovi.sqlite");
   other.execute(foreignRows);
 

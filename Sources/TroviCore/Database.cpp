@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include "Directories.h"
-#include "PrivateFile.h"
 #include "SerialQueue.h"
 #include "Unicode.h"
 
@@ -163,20 +162,25 @@ class __attribute__((visibility("hidden"))) Database::Connection {
   explicit Connection(const std::filesystem::path& path) {
     // Absolute, since SQLite takes "" for a temporary file, ":memory:" for one in memory and
     // "file:" for a URI.
-    const auto absolute = platform::absolutePath(path);
-    const bool isNew = platform::createPrivateFile(absolute);
-    try {
-      if (!platform::isTaken(absolute)) {
-        throw DatabaseError::open(sqlite3_errstr(SQLITE_CANTOPEN), SQLITE_CANTOPEN);
-      }
-      open(absolute);
-    } catch (const DatabaseError& error) {
-      // After any other error, another program may be using the file.
-      const bool isUseless = isNew && (error.code() & 0xFF) == SQLITE_CANTOPEN;
-      std::error_code ignored;
-      if (isUseless) remove(platform::linkTarget(absolute), ignored);
-      throw;
+    const auto file = platform::absolutePath(path);
+    std::error_code ignored;  // what is wrong with the file, opening it shows
+    const bool isNew = !exists(file, ignored);
+    sqlite3* opened = nullptr;
+    const int code = sqlite3_open_v2(
+        file.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
+        nullptr);
+    handle_.reset(opened);
+    if (opened == nullptr) throw DatabaseError::open(errorText(nullptr), code);
+    if (code != SQLITE_OK) {
+      throw DatabaseError::open(errorText(sqlite3_errmsg(opened)),
+                                sqlite3_extended_errcode(opened));
     }
+    using std::filesystem::perms;
+    // Before the first statement, so that the log and its index get the same mode.
+    if (isNew) permissions(file, perms::owner_read | perms::owner_write, ignored);
+    sqlite3_busy_timeout(opened, static_cast<int>(busyTimeout.count()));
+    execute("PRAGMA journal_mode=WAL;");
+    execute("PRAGMA foreign_keys=ON;");
   }
 
   void execute(const std::string& script) {
@@ -218,22 +222,6 @@ class __attribute__((visibility("hidden"))) Database::Connection {
   }
 
  private:
-  void open(const std::filesystem::path& file) {
-    sqlite3* opened = nullptr;
-    const int code = sqlite3_open_v2(
-        file.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX,
-        nullptr);
-    handle_.reset(opened);
-    if (opened == nullptr) throw DatabaseError::open(errorText(nullptr), code);
-    if (code != SQLITE_OK) {
-      throw DatabaseError::open(errorText(sqlite3_errmsg(opened)),
-                                sqlite3_extended_errcode(opened));
-    }
-    sqlite3_busy_timeout(opened, static_cast<int>(busyTimeout.count()));
-    execute("PRAGMA journal_mode=WAL;");
-    execute("PRAGMA foreign_keys=ON;");
-  }
-
   Statement prepare(const std::string& sql, const std::vector<SQLValue>& parameters) {
     sqlite3_stmt* prepared = nullptr;
     const int code = sqlite3_prepare_v2(handle_.get(), sql.c_str(), -1, &prepared, nullptr);

@@ -5,7 +5,6 @@
 
 #include "Directories.h"
 #include "FolderLock.h"
-#include "PrivateFile.h"
 #include "TroviCore/Store.h"
 
 namespace trovi {
@@ -87,25 +86,11 @@ void ignoringFailure(Database& db, const char* statement) {
   }
 }
 
-/// Whether the file is seeded and has the last column. False after any error: a new file has no
-/// such table, and the migration meets all others.
-bool isCurrent(Database& db) {
-  try {
-    const auto rows = db.query(
-        "SELECT value FROM meta, pragma_table_info('recado') WHERE key = 'seeded' AND name = "
-        "'dirty'");
-    return !rows.empty();
-  } catch (const DatabaseError&) {
-    return false;
-  }
-}
-
-/// Runs `work` with one commit: one flush to the disk for all its statements, and a program that is
-/// killed leaves none of them half-done. After a failure, what succeeded before stays, unless
-/// SQLite itself has rolled back.
+/// Runs `work` with one commit, so that a program that is killed leaves either all of it or
+/// nothing. After a failure, what succeeded before stays, unless SQLite itself has rolled back.
 template <class Work>
 void inOneCommit(Database& db, const Work& work) {
-  db.execute("BEGIN IMMEDIATE;");
+  db.execute("BEGIN;");
   try {
     work();
   } catch (...) {
@@ -117,49 +102,36 @@ void inOneCommit(Database& db, const Work& work) {
 
 }  // namespace
 
-/// Lasts while a file is opened and migrated. No other program does the same meanwhile: this is the
-/// one wait that SQLite does not do, since it refuses a switch to write-ahead logging at once while
-/// another program switches.
+/// Lasts while a file is opened and migrated. None of our programs does the same meanwhile: two
+/// would seed the file twice, and SQLite refuses at once to switch a file to write-ahead logging
+/// while another program does.
 struct TroviStore::Opening {
-  explicit Opening(const std::filesystem::path& given)
-      : path(platform::absolutePath(given)),
-        lock(platform::linkTarget(path).parent_path(), Database::busyTimeout) {
-    // Removes the log of an inbox that was deleted. A program that has it open still must not share
-    // it with those that open the new inbox. Without the lock it may be the log of a newer one.
-    if (!lock.isHeld() || platform::isTaken(path)) return;
-    for (const char* suffix : {"-wal", "-shm", "-journal"}) {
-      std::error_code ignored;
-      std::filesystem::remove(path.string() + suffix, ignored);
-    }
-  }
-
-  std::filesystem::path path;
   platform::FolderLock lock;
 };
 
-TroviStore::TroviStore(const std::filesystem::path& path) : TroviStore(Opening(path)) {}
+TroviStore::TroviStore(const std::filesystem::path& path)
+    : TroviStore(path,
+                 Opening{{platform::absolutePath(path).parent_path(), Database::busyTimeout}}) {}
 
-TroviStore::TroviStore(const Opening& opening) : db_(opening.path) {
-  if (isCurrent(db_)) {
-    migrate();
-  } else {
-    inOneCommit(db_, [this] { migrate(); });
-  }
+TroviStore::TroviStore(const std::filesystem::path& path, const Opening& /*lasts*/) : db_(path) {
+  migrate();
 }
 
 void TroviStore::migrate() {
   db_.execute(baseSchema);
   migrateSync();
   if (!db_.query("SELECT value FROM meta WHERE key = 'seeded'").empty()) return;
-  std::int64_t sort = 0;
-  for (const Seed& seed : seeds) {
-    saveDestino({.id = newID(),
-                 .name = seed.name,
-                 .instruction = seed.instruction,
-                 .colorHex = seed.color,
-                 .sort = sort++});
-  }
-  db_.run("INSERT OR REPLACE INTO meta(key, value) VALUES ('seeded', '1')");
+  inOneCommit(db_, [this] {
+    std::int64_t sort = 0;
+    for (const Seed& seed : seeds) {
+      saveDestino({.id = newID(),
+                   .name = seed.name,
+                   .instruction = seed.instruction,
+                   .colorHex = seed.color,
+                   .sort = sort++});
+    }
+    db_.run("INSERT OR REPLACE INTO meta(key, value) VALUES ('seeded', '1')");
+  });
 }
 
 void TroviStore::migrateSync() {
@@ -170,10 +142,12 @@ void TroviStore::migrateSync() {
   // Another program may have added a column after we looked. If it is missing for any other reason,
   // a later statement fails.
   if (!columns.contains("updated_at")) {
-    ignoringFailure(db_, "ALTER TABLE recado ADD COLUMN updated_at REAL;");
-    db_.execute(
-        "UPDATE recado SET updated_at = COALESCE(updated_at, resolved_at, claimed_at, "
-        "created_at);");
+    inOneCommit(db_, [this] {
+      ignoringFailure(db_, "ALTER TABLE recado ADD COLUMN updated_at REAL;");
+      db_.execute(
+          "UPDATE recado SET updated_at = COALESCE(updated_at, resolved_at, claimed_at, "
+          "created_at);");
+    });
   }
   if (!columns.contains("dirty")) {
     ignoringFailure(db_, "ALTER TABLE recado ADD COLUMN dirty INTEGER NOT NULL DEFAULT 1;");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 
 #include "ISO8601.h"
 
@@ -53,6 +54,11 @@ JSONObject json(const Destino& destino) {
   members.emplace_back("instrucao", destino.instruction);
   members.emplace_back("nome", destino.name);
   return members;
+}
+
+std::string description(const std::exception& error) {
+  // As SQLite says it; C++ would name a type.
+  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? "out of memory" : error.what();
 }
 
 }  // namespace trovi::mcp

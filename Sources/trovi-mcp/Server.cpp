@@ -48,8 +48,8 @@ std::string written(const JSONValue& value) {
 
 }  // namespace
 
-Server::Server(TroviStore& store)
-    : store_(store), toolsResult_(written(JSONObject{{"tools", catalogue()}})) {}
+Server::Server(std::string catalogue, TroviStore& store)
+    : catalogue_(std::move(catalogue)), store_(store) {}
 
 std::optional<std::string_view> Server::answer(std::string_view line) {
   const JSONValue message = parsed(line);
@@ -66,7 +66,7 @@ void Server::answerRequest(const JSONValue& request, const JSONValue& id) {
   const JSONValue& params = request["params"];
   if (method == "initialize") return reply(id, written(initialize(params)));
   if (method == "ping") return reply(id, "{}");
-  if (method == "tools/list") return reply(id, toolsResult_);
+  if (method == "tools/list") return reply(id, catalogue_);
   if (method == "tools/call") {
     const auto name = params["name"].text();
     if (!name) return replyError(id, invalidParams, "Falta o nome da ferramenta");

@@ -13,8 +13,8 @@ namespace trovi::mcp {
 /// The server without its streams: one line in, at most one reply out. For use by one thread.
 class Server {
  public:
-  /// `store` must outlive the server.
-  explicit Server(TroviStore& store);
+  /// `catalogue` is the result of `tools/list`; `store` must outlive the server.
+  Server(std::string catalogue, TroviStore& store);
 
   /// Handles one line, any bytes without the line terminator, and returns the reply without one,
   /// valid until the next call. Absent if no reply is due: the line is blank, not a JSON object, or
@@ -33,9 +33,9 @@ class Server {
   void reply(const platform::JSONValue& id, const ToolResult& result);
   void replyError(const platform::JSONValue& id, int code, const std::string& message);
 
+  std::string catalogue_;
   TroviStore& store_;
-  std::string toolsResult_;  ///< of `tools/list`, the same every time
-  std::string reply_;        ///< the latest; keeps its memory
+  std::string reply_;  ///< the latest; keeps its memory
   std::optional<std::string> clientName_;
 };
 

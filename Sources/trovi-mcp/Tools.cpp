@@ -192,7 +192,7 @@ constexpr std::array tools{
 
 }  // namespace
 
-JSONArray catalogue() {
+std::string catalogue() {
   JSONArray descriptors;
   for (const Tool& tool : tools) {
     descriptors.push_back(
@@ -200,7 +200,9 @@ JSONArray catalogue() {
                    {"description", tool.description},
                    {"inputSchema", platform::parseJSON(tool.inputSchema).value()}});
   }
-  return descriptors;
+  std::string result;
+  platform::appendJSON(result, JSONObject{{"tools", std::move(descriptors)}});
+  return result;
 }
 
 ToolResult callTool(const ToolCall& call) {
@@ -214,7 +216,7 @@ ToolResult callTool(const ToolCall& call) {
   } catch (const Refusal& refusal) {
     return toolError(refusal.message);
   } catch (const std::exception& error) {
-    return toolError(std::string("Erro no Trovi: ") + error.what());
+    return toolError("Erro no Trovi: " + description(error));
   }
 }
 

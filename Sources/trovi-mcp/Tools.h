@@ -11,9 +11,9 @@
 
 namespace trovi::mcp {
 
-/// The tools' descriptors, in the order in which clients see them. An assistant decides by these
-/// texts what to call: they are fixed to the byte.
-platform::JSONArray catalogue();
+/// The result of `tools/list` as JSON: the tools' descriptors, in the order in which clients see
+/// them. An assistant decides by these texts what to call: they are fixed to the byte.
+std::string catalogue();
 
 struct ToolCall {
   std::string_view name;                 ///< as the client sent it

@@ -10,6 +10,7 @@
 #include "Memory.h"
 #include "Output.h"
 #include "Server.h"
+#include "Tools.h"
 #include "TroviCore/Paths.h"
 
 using namespace trovi;
@@ -34,19 +35,26 @@ void serve(mcp::Server& server, std::string_view line) {
   }
 }
 
+/// What the server works with, made in this order before it reads a line.
+struct Session {
+  platform::LineReader lines{platform::standardInput};
+  std::string catalogue = mcp::catalogue();
+  TroviStore store{TroviPaths::databaseURL()};
+  mcp::Server server{catalogue, store};
+};
+
 }  // namespace
 
 int main() {
   platform::keepFreedMemory();
   sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its memory statistics would take a lock
+  std::optional<Session> session;
   try {
-    platform::LineReader lines(platform::standardInput);
-    TroviStore store(TroviPaths::databaseURL());
-    mcp::Server server(store);
-    while (const auto line = lines.next()) serve(server, *line);
-    std::exit(EXIT_SUCCESS);  // closes nothing: the file is always consistent
+    session.emplace();
   } catch (const std::exception& error) {
-    log(std::string("não abri a caixa do Trovi: ") + error.what());
+    log("não abri a caixa do Trovi: " + mcp::description(error));
     return EXIT_FAILURE;
   }
+  while (const auto line = session->lines.next()) serve(session->server, *line);
+  std::exit(EXIT_SUCCESS);  // closes nothing: the file is always consistent
 }

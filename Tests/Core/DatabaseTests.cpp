@@ -68,6 +68,14 @@ TEST_F(Connection, HasTheSettingsThatTheOtherProgramsCountOn) {
   EXPECT_EQ(db.query("PRAGMA busy_timeout").at(0).intValue("timeout"), 4000);
 }
 
+TEST_F(Connection, WaitsForALockAlsoWhileItOpens) {
+  db.execute("PRAGMA journal_mode=DELETE; CREATE TABLE a(x); BEGIN EXCLUSIVE");
+  auto opening = std::async(std::launch::async, [&] { Database(folder.path() / "test.sqlite"); });
+  EXPECT_EQ(opening.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  db.execute("COMMIT");
+  EXPECT_NO_THROW(opening.get());
+}
+
 TEST_F(Connection, TreatsURIsAndMemoryNamesAsFileNames) {
   const auto before = std::filesystem::current_path();
   std::filesystem::current_path(folder.path());

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <deque>
 #include <fstream>
+#include <future>
 #include <random>
 #include <set>
 #include <thread>
@@ -61,16 +62,18 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
 }
 
 /// Assistants start several servers at once when there is no inbox yet; one of them is killed. An
-/// empty file may be there, or what is left of an inbox that was deleted while a program uses it.
+/// empty file may be there, or the log of an inbox that was deleted.
 TEST(FirstStart, IsWholeForEveryServerWhateverIsThereBefore) {
   for (int round = 0; round < 45; ++round) {
     const Home home;
     const auto inbox = Home::inbox();
     if (round % 3 == 1) std::ofstream out(inbox);
-    std::optional<TroviStore> deleted;
     if (round % 3 == 2) {
-      deleted.emplace(inbox);
-      deleted->insert(someRecado("deleted"));
+      ServerProcess deleted;
+      deleted.awaitStart();
+      Home::fileOne();
+      deleted.kill();
+      deleted.wait();
       std::filesystem::remove(inbox);
     }
     std::deque<ServerProcess> crowd(4);
@@ -79,15 +82,37 @@ TEST(FirstStart, IsWholeForEveryServerWhateverIsThereBefore) {
     crowd.pop_front();
     for (ServerProcess& server : crowd) server.awaitStart();
     TroviStore store(inbox);
-    store.insert(someRecado("A"));
-    if (deleted) deleted->insert(someRecado("more"));
-    deleted.reset();
+    store.insert(someRecado("B"));
     for (ServerProcess& server : crowd) server.expectCleanEnd();
     EXPECT_EQ(store.destinos().size(), 3U);
-    EXPECT_EQ(store.recados({.limit = -1}), std::vector{someRecado("A")});
+    EXPECT_EQ(store.recados({.limit = -1}), std::vector{someRecado("B")});
     expectSound(store.db());
     using Files = std::filesystem::directory_iterator;
     EXPECT_EQ(std::distance(Files(inbox.parent_path()), Files()), 3);  // with its log
+  }
+}
+
+/// Programs that only use SQLite know nothing of the store's lock.
+TEST(FirstStart, LosesNothingThatAnotherProgramCommitsMeanwhile) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+  for (int committed = 0; committed < 2 || std::chrono::steady_clock::now() < end;) {
+    const Home home;
+    const auto inbox = Home::inbox();
+    const auto opening = std::async(std::launch::async, [&] {
+      try {
+        const TroviStore store(inbox);
+      } catch (const DatabaseError&) {  // SQLite does not let two switch a new file's mode at once
+      }
+    });
+    try {
+      Database other(inbox);
+      other.execute("CREATE TABLE mine(x); INSERT INTO mine VALUES (1)");
+      opening.wait();
+      EXPECT_EQ(Database(inbox).query("SELECT * FROM mine").size(), 1U);
+      ++committed;
+    } catch (const DatabaseError& error) {
+      EXPECT_EQ(error.message(), "database is locked");
+    }
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include "Inbox.h"
 #include "Server.h"
+#include "Tools.h"
 
 namespace trovi::mcp {
 namespace {
@@ -14,7 +15,7 @@ class Answer : public tests::Inbox {
                                       R"(","arguments":)" + arguments + "}}"));
   }
 
-  Server server{store};
+  Server server{catalogue(), store};
 };
 
 TEST_F(Answer, HasTwentyMessagesUnlessAskedAndNeverMoreThanAHundred) {

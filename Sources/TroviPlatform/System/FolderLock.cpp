@@ -13,8 +13,8 @@ FolderLock::FolderLock(const std::filesystem::path& folder, std::chrono::millise
     : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   using Clock = std::chrono::steady_clock;
   const auto end = Clock::now() + longest;
-  while (!(isHeld_ = ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0) &&
-         (errno == EWOULDBLOCK || errno == EINTR) && Clock::now() < end) {
+  while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR) &&
+         Clock::now() < end) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 }

@@ -16,11 +16,8 @@ class FolderLock {
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
-  bool isHeld() const { return isHeld_; }
-
  private:
   int descriptor_;  ///< negative if the folder could not be opened
-  bool isHeld_ = false;
 };
 
 }  // namespace trovi::platform

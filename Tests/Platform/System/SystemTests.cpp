@@ -1,6 +1,9 @@
 // What calls the operating system: folders, a queue for threads, the calendar.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <future>
@@ -44,13 +47,18 @@ TEST(Directories, FollowAnAbsoluteHomeAndArePrivate) {
   EXPECT_EQ(applicationSupportDirectory().string().find("someone"), std::string::npos);
 }
 
-TEST(FolderLock, KeepsAnotherOutForAsLongAsItLasts) {
+TEST(FolderLock, IsWaitedForButNotForeverAndNotWhereThereIsNone) {
   const tests::TemporaryFolder folder;
-  std::optional<FolderLock> first(std::in_place, folder.path(), 0ms);
-  EXPECT_FALSE(FolderLock(folder.path(), 5ms).isHeld());
-  first.reset();
-  EXPECT_TRUE(FolderLock(folder.path(), 0ms).isHeld());
-  EXPECT_FALSE(FolderLock(folder.path() / "missing", 1h).isHeld());
+  const int other = ::open(folder.path().c_str(), O_RDONLY);
+  const auto take = [&] { return ::flock(other, LOCK_EX | LOCK_NB) == 0; };
+  {
+    const FolderLock lock(folder.path(), 0ms);
+    EXPECT_FALSE(take());
+    const FolderLock second(folder.path(), 5ms);  // goes on without
+  }
+  EXPECT_TRUE(take());
+  ::close(other);
+  const FolderLock none(folder.path() / "missing", 1h);
 }
 
 TEST(SerialQueue, WakesEveryThreadThatWaits) {

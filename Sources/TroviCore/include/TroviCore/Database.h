@@ -167,8 +167,8 @@ class TROVI_EXPORT Database {
   /// How long a statement waits for a lock before it fails.
   static constexpr std::chrono::milliseconds busyTimeout{4000};
 
-  /// Opens the file. A missing file is created for its user only (mode 0600); its folder must
-  /// exist. Throws DatabaseError; a new file that cannot be opened is removed again.
+  /// Opens the file. A missing file is created, in a folder that must exist, and gets mode 0600 if
+  /// the file system knows modes: for its user only, as its log and index. Throws DatabaseError.
   explicit Database(const std::filesystem::path& path);
   ~Database();
   Database(const Database&) = delete;

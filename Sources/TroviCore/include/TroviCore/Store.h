@@ -94,10 +94,9 @@ class TROVI_EXPORT TroviStore {
   /// DatabaseError; what succeeded before the failure stays, and the next open goes through all
   /// steps again.
   ///
-  /// Programs that open an inbox at the same time wait for each other, at most for
-  /// `Database::busyTimeout`. A new file gets its schema and its destinations with one commit. If
-  /// there is no file, what a deleted one left beside it (`-wal`, `-shm`, `-journal`) is removed
-  /// first.
+  /// Stores that are opened at the same time by paths in one folder wait for each other, at most
+  /// for `Database::busyTimeout`. A program that is killed meanwhile leaves either all three
+  /// destinations or none, and no message without the time of its last change.
   explicit TroviStore(const std::filesystem::path& path);
 
   Database& db() { return db_; }  ///< the store's connection, valid as long as the store
@@ -243,7 +242,7 @@ class TROVI_EXPORT TroviStore {
 
  private:
   struct Opening;
-  explicit TroviStore(const Opening& opening);
+  TroviStore(const std::filesystem::path& path, const Opening& lasts);
   void migrate();
   void migrateSync();
 
