@@ -1,5 +1,5 @@
-// Test data of all benchmarks: each message is generated from its number alone, so it is the same
-// on every machine and in every run.
+// The inboxes that the benchmark runs on: each message is generated from its number alone, so it is
+// the same on every machine and in every run.
 #pragma once
 
 #include <cstddef>
@@ -11,9 +11,8 @@
 
 namespace trovi::benchmarks {
 
-constexpr const char* commonWord = "porque";           ///< in most transcripts
-constexpr const char* rareWord = "jabuticaba";         ///< in the oldest one only
-constexpr const char* missingWord = "paralelepípedo";  ///< in none
+constexpr const char* commonWord = "porque";    ///< in most transcripts
+constexpr const char* rareWord = "jabuticaba";  ///< in the oldest one only
 
 /// The number of pending messages in an inbox, the newest ones; the others are resolved. No list is
 /// longer, so all are full in an inbox of any size.
@@ -33,7 +32,7 @@ class GeneratedInbox {
 
   /// The id of a message: another one each `turn`, and all of them over time.
   const std::string& anyID(std::size_t turn) const { return ids_[turn * 7919 % ids_.size()]; }
-  /// The id of a pending message, unless a benchmark changed it.
+  /// The id of a pending message, unless the benchmark changed it.
   const std::string& waitingID(std::size_t turn) const {
     return ids_[ids_.size() - 1 - turn % waiting];
   }
