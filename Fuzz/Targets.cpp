@@ -4,12 +4,13 @@
 #include <stdexcept>
 #include <string>
 
-#include "JSON.h"
+#include "Text/JSON.h"
 #include "Server.h"
 #include "TemporaryFolder.h"
 #include "Tools.h"
 #include "TroviCore/Database.h"
-#include "Unicode.h"
+#include "Text/UTF8.h"
+#include "Text/Unicode.h"
 
 namespace trovi::fuzz {
 namespace {

@@ -12,7 +12,8 @@ include(CMakePackageConfigHelpers)
 set(package_destination "${CMAKE_INSTALL_LIBDIR}/cmake/TroviCore")
 set(package_files "${PROJECT_BINARY_DIR}/package")
 
-# Whatever the umask, every user may enter the folders that are made for a component.
+# Whatever the umask, every user may enter the folders that are made for a component. CMake's own
+# CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS still gives them mode 0700 under umask 077.
 function(trovi_install_folders component)
   foreach(folder IN LISTS ARGN)
     install(CODE "execute_process(COMMAND sh -c [[umask 022; mkdir -p \"$0\"]]

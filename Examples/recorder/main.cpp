@@ -83,7 +83,7 @@ void printList(TroviStore& store) {
 
 void printCounts(TroviStore& store) {
   const auto counts = store.counts();
-  for (const RecadoStatus status : allCases<RecadoStatus>()) {
+  for (const RecadoStatus status : allCases()) {
     const auto count = counts.find(status);
     std::cout << label(status) << ": " << (count != counts.end() ? count->second : 0) << '\n';
   }

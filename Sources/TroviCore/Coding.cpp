@@ -3,9 +3,8 @@
 #include <cmath>
 
 #include "Fields.h"
-#include "ISO8601.h"
-#include "JSON.h"
-#include "Unicode.h"
+#include "Text/JSON.h"
+#include "Text/UTF8.h"
 
 namespace trovi {
 
@@ -26,7 +25,7 @@ namespace {
 using Key = std::string_view;
 
 RecadoStatus statusFrom(Key key, const std::string& text) {
-  if (const auto status = fromRawValue<RecadoStatus>(text)) return *status;
+  if (const auto status = fromRawValue(text)) return *status;
   throw CodingError(std::string(key), "no status is called \"" + text + "\"");
 }
 
@@ -75,13 +74,10 @@ JSONValue parsed(std::string_view text) {
 
 }  // namespace
 
-std::string toISO8601(Date date) { return platform::internetDateTime(date); }
-
-std::optional<Date> fromISO8601(std::string_view text) { return platform::instantFrom(text); }
-
-CodingError::CodingError(std::string key, std::string reason)
+CodingError::CodingError(const std::string& key, const std::string& reason)
     : std::runtime_error(key.empty() ? reason : key + ": " + reason),
-      parts_(std::make_shared<const Parts>(Parts{std::move(key), std::move(reason)})) {}
+      keySize_(key.size()),
+      reasonStart_(key.empty() ? 0 : key.size() + 2) {}
 
 void JSONObjectEncoder::encodeText(Key key, std::string_view value) {
   add(text_, key, platform::repairedUTF8(value));
@@ -95,16 +91,10 @@ void JSONObjectEncoder::encodeNumber(Key key, double value) {
 }
 
 void JSONObjectEncoder::encodeDate(Key key, Date value) {
-  if (dates_ == JSONDates::secondsSince1970) {
-    encodeNumber(key, secondsSince1970(value));
-  } else if (std::isfinite(secondsSince1970(value))) {
-    encodeText(key, toISO8601(value));
-  } else {
-    throw CodingError(std::string(key), "not a finite date");
-  }
+  encodeNumber(key, secondsSince1970(value));
 }
 
-JSONObjectDecoder::JSONObjectDecoder(std::string_view text, JSONDates dates) : dates_(dates) {
+JSONObjectDecoder::JSONObjectDecoder(std::string_view text) {
   JSONValue value = parsed(text);
   if (value.object() == nullptr) throw CodingError("", "not a JSON object");
   object_ = std::make_shared<const Object>(Object{std::move(value)});
@@ -127,11 +117,7 @@ double JSONObjectDecoder::decodeNumber(Key key) const {
   throw CodingError(std::string(key), "not a number in the range of a double");
 }
 
-Date JSONObjectDecoder::decodeDate(Key key) const {
-  if (dates_ == JSONDates::secondsSince1970) return dateSince1970(decodeNumber(key));
-  if (const auto date = fromISO8601(decodeText(key))) return *date;
-  throw CodingError(std::string(key), "not a date like 2025-06-18T14:03:22Z");
-}
+Date JSONObjectDecoder::decodeDate(Key key) const { return dateSince1970(decodeNumber(key)); }
 
 template <Record Type>
 void encode(const Type& record, KeyedEncoder& encoder) {
@@ -146,9 +132,9 @@ Type decode(const KeyedDecoder& decoder) {
 }
 
 template <Codable Type>
-std::string toJSON(const Type& value, JSONDates dates) {
+std::string toJSON(const Type& value) {
   if constexpr (Record<Type>) {
-    JSONObjectEncoder encoder(dates);
+    JSONObjectEncoder encoder;
     encode(value, encoder);
     return encoder.text();
   } else {
@@ -157,9 +143,9 @@ std::string toJSON(const Type& value, JSONDates dates) {
 }
 
 template <Codable Type>
-Type fromJSON(std::string_view text, JSONDates dates) {
+Type fromJSON(std::string_view text) {
   if constexpr (Record<Type>) {
-    return decode<Type>(JSONObjectDecoder(text, dates));
+    return decode<Type>(JSONObjectDecoder(text));
   } else {
     const JSONValue value = parsed(text);
     if (const auto status = value.text()) return statusFrom("", std::string(*status));
@@ -171,11 +157,11 @@ template void encode(const Destino& record, KeyedEncoder& encoder);
 template void encode(const Recado& record, KeyedEncoder& encoder);
 template Destino decode(const KeyedDecoder& decoder);
 template Recado decode(const KeyedDecoder& decoder);
-template std::string toJSON(const Destino& value, JSONDates dates);
-template std::string toJSON(const Recado& value, JSONDates dates);
-template std::string toJSON(const RecadoStatus& value, JSONDates dates);
-template Destino fromJSON(std::string_view text, JSONDates dates);
-template Recado fromJSON(std::string_view text, JSONDates dates);
-template RecadoStatus fromJSON(std::string_view text, JSONDates dates);
+template std::string toJSON(const Destino& value);
+template std::string toJSON(const Recado& value);
+template std::string toJSON(const RecadoStatus& value);
+template Destino fromJSON(std::string_view text);
+template Recado fromJSON(std::string_view text);
+template RecadoStatus fromJSON(std::string_view text);
 
 }  // namespace trovi

@@ -2,9 +2,9 @@
 
 #include <sqlite3.h>
 
-#include "Directories.h"
-#include "SerialQueue.h"
-#include "Unicode.h"
+#include "System/Directories.h"
+#include "System/SerialQueue.h"
+#include "Text/UTF8.h"
 
 namespace trovi {
 namespace {
@@ -88,15 +88,16 @@ Row::Row(std::initializer_list<std::pair<std::string, SQLValue>> columns) {
   names_ = std::move(names);
 }
 
-std::size_t Row::place(std::string_view column) const {
-  std::size_t i = values_.size();
-  while (i > 0 && (*names_)[i - 1] != column) --i;
-  return i;
+std::optional<std::size_t> Row::indexOf(std::string_view column) const {
+  for (std::size_t i = values_.size(); i-- > 0;) {
+    if ((*names_)[i] == column) return i;
+  }
+  return {};
 }
 
 const SQLValue* Row::find(std::string_view column) const {
-  const std::size_t i = place(column);
-  return i > 0 ? &values_[i - 1] : nullptr;
+  const auto i = indexOf(column);
+  return i ? &values_[*i] : nullptr;
 }
 
 std::vector<std::pair<std::string_view, const SQLValue*>> Row::columns() const {
@@ -115,8 +116,8 @@ std::optional<std::string> Row::stringValue(std::string_view column) const {
 }
 
 std::optional<std::string> Row::takeString(std::string_view column) {
-  const std::size_t i = place(column);
-  auto* text = i > 0 ? std::get_if<SQLValue::Text>(&values_[i - 1].content_) : nullptr;
+  const auto i = indexOf(column);
+  auto* text = i ? std::get_if<SQLValue::Text>(&values_[*i].content_) : nullptr;
   return text != nullptr ? std::optional(std::move(text->value)) : std::nullopt;
 }
 
@@ -241,7 +242,7 @@ class __attribute__((visibility("hidden"))) Database::Connection {
   }
 
   Handle handle_;
-  platform::SerialQueue queue_{"trovi.database"};
+  platform::SerialQueue queue_;
 };
 
 Database::Database(const std::filesystem::path& path)

@@ -1,7 +1,8 @@
 #include "TroviCore/Models.h"
 
+#include <uuid/uuid.h>
+
 #include "Fields.h"
-#include "UUID.h"
 
 namespace trovi {
 namespace {
@@ -10,7 +11,7 @@ struct StatusTexts {
   std::string_view rawValue, label;
 };
 
-constexpr std::array<StatusTexts, allCases<RecadoStatus>().size()> statusTexts{{
+constexpr std::array<StatusTexts, allCases().size()> statusTexts{{
     {"transcrevendo", "Transcrevendo"},
     {"pendente", "Pendente"},
     {"pego", "Pego pela IA"},
@@ -46,26 +47,30 @@ struct Hash {
 template <class Record>
 std::size_t hashOf(const Record& record) {
   Hash hash;
-  visitFields(record, [&](std::string_view name, const auto& field) { hash(name, field); });
+  visitFields(record, hash);
   return hash.value;
 }
 
 }  // namespace
 
-std::string newID() { return platform::newUUID(); }
+std::string newID() {
+  uuid_t id{};
+  uuid_generate_random(id);
+  std::array<char, 37> text{};  // 36 characters and a NUL
+  uuid_unparse_upper(id, text.data());
+  return text.data();
+}
 
 std::string_view rawValue(RecadoStatus status) { return texts(status).rawValue; }
 
 std::string_view label(RecadoStatus status) { return texts(status).label; }
 
-template <std::same_as<RecadoStatus> Enumeration>
-std::optional<Enumeration> fromRawValue(std::string_view text) {
-  for (const Enumeration status : allCases<Enumeration>()) {
+std::optional<RecadoStatus> fromRawValue(std::string_view text) {
+  for (const RecadoStatus status : allCases()) {
     if (rawValue(status) == text) return status;
   }
   return {};
 }
-template std::optional<RecadoStatus> fromRawValue<RecadoStatus>(std::string_view text);
 
 }  // namespace trovi
 

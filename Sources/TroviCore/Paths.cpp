@@ -1,6 +1,6 @@
 #include "TroviCore/Paths.h"
 
-#include "Directories.h"
+#include "System/Directories.h"
 
 namespace trovi {
 namespace {

@@ -1,5 +1,6 @@
+#include "Text/UTF8.h"
+#include "Text/Unicode.h"
 #include "TroviCore/Store.h"
-#include "Unicode.h"
 
 namespace trovi {
 namespace {
@@ -34,10 +35,9 @@ std::vector<Destino> TroviStore::destinos() const {
   return destinos;
 }
 
-std::optional<Destino> TroviStore::destino(std::optional<std::string_view> id) const {
+std::optional<Destino> TroviStore::destino(const std::optional<std::string>& id) const {
   if (!id) return {};
-  const auto rows =
-      db_.query("SELECT * FROM destino WHERE id = ?", {SQLValue::text(std::string(*id))});
+  const auto rows = db_.query("SELECT * FROM destino WHERE id = ?", {SQLValue::text(*id)});
   return rows.empty() ? std::nullopt : std::optional(destinoFrom(rows.front()));
 }
 
@@ -50,10 +50,9 @@ std::optional<Destino> TroviStore::destinoNamed(std::string_view name) const {
   return {};
 }
 
-void TroviStore::deleteDestino(std::string_view id) {
-  db_.run("UPDATE recado SET destino_id = NULL WHERE destino_id = ?",
-          {SQLValue::text(std::string(id))});
-  db_.run("DELETE FROM destino WHERE id = ?", {SQLValue::text(std::string(id))});
+void TroviStore::deleteDestino(const std::string& id) {
+  db_.run("UPDATE recado SET destino_id = NULL WHERE destino_id = ?", {SQLValue::text(id)});
+  db_.run("DELETE FROM destino WHERE id = ?", {SQLValue::text(id)});
 }
 
 }  // namespace trovi

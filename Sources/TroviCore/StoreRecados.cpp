@@ -1,9 +1,10 @@
 #include <chrono>
 #include <filesystem>
 
-#include "Calendar.h"
+#include "System/Calendar.h"
+#include "Text/UTF8.h"
+#include "Text/Unicode.h"
 #include "TroviCore/Store.h"
-#include "Unicode.h"
 
 namespace trovi {
 namespace {
@@ -30,9 +31,7 @@ constexpr const char* updateReopened =
     R"(UPDATE recado SET status = 'pendente', claimed_by = NULL, claimed_at = NULL,
     result = NULL, resolved_at = NULL WHERE id = ?)";
 
-SQLValue text(std::string_view value) { return SQLValue::text(std::string(value)); }
-
-SQLValue value(RecadoStatus status) { return text(rawValue(status)); }
+SQLValue value(RecadoStatus status) { return SQLValue::text(std::string(rawValue(status))); }
 
 SQLValue value(Date date) { return SQLValue::real(secondsSince1970(date)); }
 
@@ -49,7 +48,7 @@ Recado TroviStore::recadoFrom(Row row) {
           .transcript = text("transcript"),
           .title = text("title"),
           .destinoID = row.takeString("destino_id"),
-          .status = fromRawValue<RecadoStatus>(text("status")).value_or(RecadoStatus::pendente),
+          .status = fromRawValue(text("status")).value_or(RecadoStatus::pendente),
           .claimedBy = row.takeString("claimed_by"),
           .claimedAt = row.dateValue("claimed_at"),
           .result = row.takeString("result"),
@@ -57,8 +56,8 @@ Recado TroviStore::recadoFrom(Row row) {
           .language = row.takeString("language")};
 }
 
-std::optional<Recado> TroviStore::recado(std::string_view id) const {
-  auto rows = db_.query("SELECT * FROM recado WHERE id = ?", {text(id)});
+std::optional<Recado> TroviStore::recado(const std::string& id) const {
+  auto rows = db_.query("SELECT * FROM recado WHERE id = ?", {SQLValue::text(id)});
   return rows.empty() ? std::nullopt : std::optional(recadoFrom(std::move(rows.front())));
 }
 
@@ -94,7 +93,7 @@ std::vector<Recado> TroviStore::recados(const RecadoFilter& filter) const {
 std::unordered_map<RecadoStatus, std::int64_t> TroviStore::counts() const {
   std::unordered_map<RecadoStatus, std::int64_t> counts;
   for (const Row& row : db_.query("SELECT status, COUNT(*) AS n FROM recado GROUP BY status")) {
-    const auto status = fromRawValue<RecadoStatus>(row.stringValue("status").value_or(""));
+    const auto status = fromRawValue(row.stringValue("status").value_or(""));
     if (status) counts[*status] = row.intValue("n").value_or(0);
   }
   return counts;
@@ -125,13 +124,13 @@ void TroviStore::finishTranscription(const FinishedTranscription& finished) {
            value(RecadoStatus::pendente), SQLValue::text(finished.id)});
 }
 
-void TroviStore::setStatus(std::string_view id, RecadoStatus status,
+void TroviStore::setStatus(const std::string& id, RecadoStatus status,
                            const std::optional<std::string>& title) {
   if (title) {
     db_.run("UPDATE recado SET status = ?, title = ? WHERE id = ?",
-            {value(status), SQLValue::text(*title), text(id)});
+            {value(status), SQLValue::text(*title), SQLValue::text(id)});
   } else {
-    db_.run("UPDATE recado SET status = ? WHERE id = ?", {value(status), text(id)});
+    db_.run("UPDATE recado SET status = ? WHERE id = ?", {value(status), SQLValue::text(id)});
   }
 }
 
@@ -140,8 +139,9 @@ void TroviStore::setDestino(const RecadoFiling& filing) {
           {SQLValue::from(filing.destinoID), SQLValue::text(filing.id)});
 }
 
-void TroviStore::setAudioPath(std::string_view id, const std::optional<std::string>& path) {
-  db_.run("UPDATE recado SET audio_path = ? WHERE id = ?", {SQLValue::from(path), text(id)});
+void TroviStore::setAudioPath(const std::string& id, const std::optional<std::string>& path) {
+  db_.run("UPDATE recado SET audio_path = ? WHERE id = ?",
+          {SQLValue::from(path), SQLValue::text(id)});
 }
 
 std::optional<Recado> TroviStore::claim(const RecadoClaim& claim) {
@@ -159,14 +159,14 @@ std::optional<Recado> TroviStore::resolve(const RecadoResolution& resolution) {
   return changed > 0 ? recado(resolution.id) : std::nullopt;
 }
 
-void TroviStore::reopen(std::string_view id) { db_.run(updateReopened, {text(id)}); }
+void TroviStore::reopen(const std::string& id) { db_.run(updateReopened, {SQLValue::text(id)}); }
 
-void TroviStore::deleteRecado(std::string_view id) {
+void TroviStore::deleteRecado(const std::string& id) {
   if (const auto found = recado(id); found && found->audioPath) {
     std::error_code ignored;  // no reason to keep the message: the file may be gone already
     std::filesystem::remove(*found->audioPath, ignored);
   }
-  db_.run("DELETE FROM recado WHERE id = ?", {text(id)});
+  db_.run("DELETE FROM recado WHERE id = ?", {SQLValue::text(id)});
 }
 
 }  // namespace trovi

@@ -3,8 +3,6 @@
 #include <array>
 #include <set>
 
-#include "Directories.h"
-#include "FolderLock.h"
 #include "TroviCore/Store.h"
 
 namespace trovi {
@@ -101,21 +99,6 @@ void inOneCommit(Database& db, const Work& work) {
 }
 
 }  // namespace
-
-/// Lasts while a file is opened and migrated. None of our programs does the same meanwhile: two
-/// would seed the file twice, and SQLite refuses at once to switch a file to write-ahead logging
-/// while another program does.
-struct TroviStore::Opening {
-  platform::FolderLock lock;
-};
-
-TroviStore::TroviStore(const std::filesystem::path& path)
-    : TroviStore(path,
-                 Opening{{platform::absolutePath(path).parent_path(), Database::busyTimeout}}) {}
-
-TroviStore::TroviStore(const std::filesystem::path& path, const Opening& /*lasts*/) : db_(path) {
-  migrate();
-}
 
 void TroviStore::migrate() {
   db_.execute(baseSchema);

@@ -62,18 +62,4 @@ bool TroviStore::applyRemoteStatus(const RemoteStatus& remote) {
   return changed > 0;
 }
 
-std::optional<std::string> TroviStore::meta(std::string_view key) const {
-  auto rows = db_.query("SELECT value FROM meta WHERE key = ?", {SQLValue::text(std::string(key))});
-  return rows.empty() ? std::nullopt : rows.front().takeString("value");
-}
-
-void TroviStore::setMeta(std::string_view key, const std::optional<std::string>& value) {
-  if (value) {
-    db_.run("INSERT OR REPLACE INTO meta(key, value) VALUES (?, ?)",
-            {SQLValue::text(std::string(key)), SQLValue::text(*value)});
-  } else {
-    db_.run("DELETE FROM meta WHERE key = ?", {SQLValue::text(std::string(key))});
-  }
-}
-
 }  // namespace trovi

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "Unicode.h"
+#include "Text/UTF8.h"
+#include "Text/Unicode.h"
 
 namespace trovi {
 namespace {

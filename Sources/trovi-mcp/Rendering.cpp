@@ -5,8 +5,6 @@
 #include <limits>
 #include <new>
 
-#include "ISO8601.h"
-
 namespace trovi::mcp {
 namespace {
 
@@ -37,7 +35,7 @@ JSONObject json(Recado recado, const std::vector<Destino>& destinos) {
   members.reserve(10);
   members.emplace_back("destino", destinoOf(recado, destinos));
   members.emplace_back("duracao_segundos", wholeSeconds(recado.duration));
-  members.emplace_back("gravado_em", platform::internetDateTime(recado.createdAt));
+  members.emplace_back("gravado_em", toISO8601(recado.createdAt));
   members.emplace_back("id", std::move(recado.id));
   if (recado.language) members.emplace_back("idioma", *std::move(recado.language));
   if (recado.claimedBy) members.emplace_back("pego_por", *std::move(recado.claimedBy));

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "JSON.h"
+#include "Text/JSON.h"
 #include "TroviCore/Models.h"
 
 namespace trovi::mcp {

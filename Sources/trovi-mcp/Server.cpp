@@ -3,10 +3,11 @@
 #include <new>
 #include <utility>
 
-#include "Memory.h"
+#include "System/Memory.h"
+#include "Text/UTF8.h"
+#include "Text/Unicode.h"
 #include "Tools.h"
 #include "TroviCore/Version.h"
-#include "Unicode.h"
 
 namespace trovi::mcp {
 namespace {
@@ -56,7 +57,7 @@ std::optional<std::string_view> Server::answer(std::string_view line) {
   const JSONValue& id = message["id"];
   if (id.isNull()) return {};
   reply_.clear();
-  if (reply_.capacity() > platform::mostKept) reply_.shrink_to_fit();
+  if (reply_.capacity() > platform::largestKeptBuffer) reply_.shrink_to_fit();
   answerRequest(message, id);
   return reply_;
 }
@@ -91,10 +92,10 @@ JSONObject Server::initialize(const JSONValue& params) {
       {"instructions", serverInstructions}};
 }
 
-void Server::begin(const JSONValue& id, std::string_view member) {
+void Server::begin(const JSONValue& id, std::string_view start) {
   reply_ = R"({"jsonrpc":"2.0","id":)";
   platform::appendJSON(reply_, id);
-  reply_ += member;
+  reply_ += start;
 }
 
 void Server::reply(const JSONValue& id, std::string_view result) {

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "JSON.h"
 #include "Rendering.h"
+#include "Text/JSON.h"
 #include "TroviCore/Store.h"
 
 namespace trovi::mcp {
@@ -26,8 +26,8 @@ class Server {
   void answerRequest(const platform::JSONValue& request, const platform::JSONValue& id);
   platform::JSONObject initialize(const platform::JSONValue& params);
 
-  /// Begins a reply with its first two members and the start of the third, written as JSON.
-  void begin(const platform::JSONValue& id, std::string_view member);
+  /// Begins a reply with its first two members and `start`, the third up to its value.
+  void begin(const platform::JSONValue& id, std::string_view start);
   void reply(const platform::JSONValue& id, std::string_view result);  ///< written as JSON
   /// If there is not enough memory for the text of a successful result, the text is empty.
   void reply(const platform::JSONValue& id, const ToolResult& result);

@@ -64,7 +64,7 @@ ToolResult listResult(std::vector<Recado> recados, const Destinos& destinos) {
 std::optional<RecadoStatus> statusFilter(const ToolCall& call) {
   const std::string given = textArgument(call, "status").value_or("pendente");
   if (given == "todos") return {};
-  const auto status = fromRawValue<RecadoStatus>(given);
+  const auto status = fromRawValue(given);
   if (!status) {
     throw Refusal{"Status desconhecido: " + given + ". Use pendente, pego, resolvido ou todos."};
   }
@@ -74,6 +74,7 @@ std::optional<RecadoStatus> statusFilter(const ToolCall& call) {
 std::optional<std::string> destinoFilter(const ToolCall& call, const Destinos& destinos) {
   const auto given = textArgument(call, "destino");
   if (!given || given->empty()) return {};
+  // The store reads its list again: how names are compared is the store's to know.
   if (auto found = call.store.destinoNamed(*given)) return std::move(found->id);
   std::string message = "Não existe o destino \"" + *given + "\". Destinos: ";
   for (const Destino& destino : destinos) {
@@ -95,7 +96,7 @@ ToolResult inboxList(const ToolCall& call, const Destinos& destinos) {
 ToolResult recadoGet(const ToolCall& call, const Destinos& destinos) {
   const std::string id = requiredID(call);
   auto recado = call.store.recado(id);
-  if (!recado) return toolError("Recado " + id + " não encontrado.");
+  if (!recado) throw Refusal{"Recado " + id + " não encontrado."};
   return textContent(json(*std::move(recado), destinos));
 }
 
@@ -103,8 +104,8 @@ ToolResult recadoClaim(const ToolCall& call, const Destinos& destinos) {
   const std::string id = requiredID(call);
   auto recado = call.store.claim({.id = id, .by = actor(call).value_or("IA")});
   if (!recado) {
-    return toolError("Não deu para pegar o recado " + id +
-                     ": ele não existe ou ainda está sendo transcrito.");
+    throw Refusal{"Não deu para pegar o recado " + id +
+                  ": ele não existe ou ainda está sendo transcrito."};
   }
   return textContent(json(*std::move(recado), destinos));
 }
@@ -114,8 +115,8 @@ ToolResult recadoResolve(const ToolCall& call, const Destinos& destinos) {
   auto result = requiredText(call, "resultado", "Falta o resultado.");
   auto recado = call.store.resolve({.id = id, .result = std::move(result), .by = actor(call)});
   if (!recado) {
-    return toolError("Não deu para resolver o recado " + id +
-                     ": ele não existe ou ainda está sendo transcrito.");
+    throw Refusal{"Não deu para resolver o recado " + id +
+                  ": ele não existe ou ainda está sendo transcrito."};
   }
   return textContent(json(*std::move(recado), destinos));
 }
@@ -130,7 +131,9 @@ ToolResult search(const ToolCall& call, const Destinos& destinos) {
 ToolResult destinosList(const ToolCall& /*call*/, const Destinos& destinos) {
   JSONArray rendered;
   for (const Destino& destino : destinos) rendered.emplace_back(json(destino));
-  return textContent(JSONObject{{"destinos", std::move(rendered)}});
+  JSONObject list;
+  list.emplace_back("destinos", std::move(rendered));
+  return textContent(std::move(list));
 }
 
 struct Tool {

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "JSON.h"
 #include "Rendering.h"
+#include "Text/JSON.h"
 #include "TroviCore/Store.h"
 
 namespace trovi::mcp {

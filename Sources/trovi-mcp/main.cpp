@@ -5,11 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "Descriptors.h"
-#include "LineReader.h"
-#include "Memory.h"
-#include "Output.h"
 #include "Server.h"
+#include "System/Memory.h"
+#include "System/Streams.h"
 #include "Tools.h"
 #include "TroviCore/Paths.h"
 

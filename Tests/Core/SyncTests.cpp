@@ -21,7 +21,7 @@ TEST_F(Sync, OffersMarkedMessagesOldestFirstWithTheTimeOfTheirState) {
   EXPECT_EQ(uploads.at(1).version, 1);
   EXPECT_EQ(uploads.at(2).updatedAt, 5000.5);
   store.markUploaded(std::vector<UploadedVersion>{{.id = "velha", .version = 1}});  // not as it is
-  store.markUploaded(store.pendingUploads(1));
+  store.markUploaded({store.pendingUploads(1).at(0)});
   EXPECT_EQ(store.pendingUploads(1).at(0).recado.id, "sem estado");
 }
 

@@ -41,13 +41,13 @@ TEST_F(Synchroniser, LetsTheNewestStateWinAndADeletionBeFinal) {
   EXPECT_TRUE(run("$a b") && sh("! grep -r not/here shared && cp -r shared old"));
   EXPECT_TRUE(second.recado("../é") == someRecado("../é") && !second.recado("failed"));
 
-  store.claim({.id = "../é", .by = "A"});
+  EXPECT_TRUE(store.claim({.id = "../é", .by = "A"}));
   usleep(2000);  // SQLite's clock counts milliseconds
-  second.resolve({.id = "../é", .result = "B"});
+  EXPECT_TRUE(second.resolve({.id = "../é", .result = "B"}));
   other.execute("UPDATE recado SET result = 'A', updated_at = 4e9 WHERE id = 'tie'");
   other.execute("UPDATE b.recado SET result = 'C', updated_at = 4e9 WHERE id = 'tie'");
   for (const char* id : {"gone", "failed"}) store.deleteRecado(id);
-  second.claim({.id = "gone", .by = "B"});
+  EXPECT_TRUE(second.claim({.id = "gone", .by = "B"}));
   EXPECT_TRUE(run("b $a") && sh("rm -r shared/" + store.meta("synchroniser.machine").value()));
   EXPECT_TRUE(sh("cd shared/*; echo { | tee x.json >x.tmp") && run("$a") && sh("grep x.json out"));
   for (int i = 0; i < 2; ++i) {  // then files of an earlier time arrive
@@ -68,7 +68,7 @@ TEST_F(Synchroniser, LosesAndDoublesNothingWhenItIsDisturbed) {
   EXPECT_TRUE(run("$a b $a") && each("result") == "x;");
   for (int i = 10; i < 40; ++i) {
     for (TroviStore* inbox : {&store, &second}) inbox->insert(someRecado(newID()));
-    store.resolve({.id = "2", .result = std::to_string(i)});
+    EXPECT_TRUE(store.resolve({.id = "2", .result = std::to_string(i)}));
     run("$a b", "& sleep 0.0" + std::to_string(i) + "; kill -9 $!; wait");
   }
   expectInStep();

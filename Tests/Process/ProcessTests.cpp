@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-#include "JSON.h"
+#include "Text/JSON.h"
 #include "Repeated.h"
 #include "ServerProcess.h"
 #include "TroviCore/Version.h"

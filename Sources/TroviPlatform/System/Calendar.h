@@ -1,3 +1,4 @@
+// Where the month begins in the user's time zone.
 #pragma once
 
 #include <ctime>

@@ -1,4 +1,4 @@
-#include "Directories.h"
+#include "System/Directories.h"
 
 #include <pwd.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// Folders: where the user's data is, and how a missing one is made.
 #pragma once
 
 #include <filesystem>

@@ -1,3 +1,4 @@
+// A lock between programs that use the same folder.
 #pragma once
 
 #include <chrono>

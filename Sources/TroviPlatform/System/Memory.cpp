@@ -1,4 +1,4 @@
-#include "Memory.h"
+#include "System/Memory.h"
 
 #include <cstdlib>  // defines __GLIBC__ on glibc
 
@@ -10,8 +10,10 @@ namespace trovi::platform {
 
 void keepFreedMemory() {
 #ifdef __GLIBC__
-  mallopt(M_MMAP_THRESHOLD, mostKept);
-  mallopt(M_TRIM_THRESHOLD, 2 * mostKept);
+  // Smaller buffers come from the heap, whose end goes back to the system only when it exceeds a
+  // line and its reply.
+  mallopt(M_MMAP_THRESHOLD, largestKeptBuffer);
+  mallopt(M_TRIM_THRESHOLD, 2 * largestKeptBuffer);
 #endif
 }
 

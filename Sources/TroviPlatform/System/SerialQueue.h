@@ -1,19 +1,17 @@
+// One piece of work at a time, for a connection that several threads use.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
-#include <thread>
 #include <utility>
 
 namespace trovi::platform {
 
-/// Runs one piece of work at a time, in order of arrival, each on its caller's thread while the
-/// others wait. Thread-safe. Work that calls `sync` on its own queue would deadlock; instead, the
-/// program writes a message to standard error and aborts.
+/// Runs one piece of work at a time, each on its caller's thread while the others wait.
+/// Thread-safe. Work must not call `sync` on its own queue: that would never return.
 class SerialQueue {
  public:
-  /// `label` names the queue in that message and must outlive the queue.
-  explicit SerialQueue(const char* label) : label_(label) {}
+  SerialQueue() = default;
   SerialQueue(const SerialQueue&) = delete;
   SerialQueue& operator=(const SerialQueue&) = delete;
 
@@ -39,10 +37,9 @@ class SerialQueue {
   void enter();
   void leave();
 
-  const char* label_;
+  // A ticket lock, which starves nobody: a mutex may serve the thread that has just left it again.
   std::atomic<std::uint32_t> nextTicket_{0};
   std::atomic<std::uint32_t> serving_{0};
-  std::atomic<std::thread::id> owner_{};
 };
 
 }  // namespace trovi::platform

@@ -44,6 +44,9 @@ inline bool isLatin(const char* block) {
   const auto leads = [&](Block bytes) {
     return (bytes > signedByte(0xC1)) & (bytes < signedByte(0xE0));
   };
+  // A mask has all bits of a byte set or none, so `^` finds where two disagree. A following byte
+  // must stand exactly after each lead: in C3 A7 61 ("ça") the second byte follows and the first,
+  // seen one place to the right, leads there. Every byte from 80 must be one of the two.
   const Block bytes = load(block);
   const Block following = bytes < signedByte(0xC0);
   const Block misplaced = following ^ leads(load(block - 1));

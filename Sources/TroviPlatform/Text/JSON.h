@@ -28,7 +28,8 @@ struct JSONNumber {
 struct JSONValue {
   JSONValue() = default;  ///< null
   JSONValue(std::nullptr_t) {}
-  JSONValue(std::same_as<bool> auto value) : content(value) {}
+  JSONValue(std::same_as<bool> auto value)  // or any pointer would become true
+      : content(value) {}
   JSONValue(std::int64_t value) : content(JSONNumber{std::to_string(value)}) {}
   JSONValue(int value) : JSONValue(std::int64_t{value}) {}
   JSONValue(double value);  ///< finite; in the fewest digits that read back as the same value

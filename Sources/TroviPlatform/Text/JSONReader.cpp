@@ -4,8 +4,8 @@
 #include <array>
 #include <charconv>
 
-#include "ByteScan.h"
-#include "JSON.h"
+#include "Text/ByteScan.h"
+#include "Text/JSON.h"
 
 namespace trovi::platform {
 namespace {

@@ -8,7 +8,7 @@
 #include <locale>
 #include <sstream>
 
-#include "JSON.h"
+#include "Text/JSON.h"
 
 namespace trovi::platform {
 

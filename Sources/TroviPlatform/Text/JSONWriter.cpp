@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <array>
 
-#include "ByteScan.h"
-#include "JSON.h"
+#include "Text/ByteScan.h"
+#include "Text/JSON.h"
 
 namespace trovi::platform {
 namespace {
@@ -25,7 +25,11 @@ void appendEscaped(std::string& out, std::string_view text, bool isInside) {
       size = 2;
     }
     const std::string_view escaped(escape.data(), size);
-    isInside ? appendEscaped(out, escaped, false) : void(out += escaped);
+    if (isInside) {
+      appendEscaped(out, escaped, false);
+    } else {
+      out += escaped;
+    }
     text.remove_prefix(plain + 1);
   }
 }

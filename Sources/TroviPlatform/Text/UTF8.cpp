@@ -1,7 +1,8 @@
+#include "Text/UTF8.h"
+
 #include <algorithm>
 
-#include "ByteScan.h"
-#include "Unicode.h"
+#include "Text/ByteScan.h"
 
 namespace trovi::platform {
 namespace {

@@ -1,4 +1,4 @@
-#include "Unicode.h"
+#include "Text/Unicode.h"
 
 #include <utf8proc.h>
 
@@ -12,6 +12,7 @@
 namespace trovi::platform {
 namespace {
 
+/// Its category is not that of a mark, but like one it is no character of its own.
 constexpr utf8proc_int32_t zeroWidthNonJoiner = 0x200C;
 /// Latin, Greek and Cyrillic are below this; their marks are diacritics. Above, a mark may be a
 /// letter.

@@ -1,4 +1,5 @@
-// Unicode text. `repairedUTF8` accepts any bytes; the other functions require valid UTF-8.
+// Unicode text as people see it: blanks, characters, letters without case and accents. All texts
+// must be valid UTF-8.
 #pragma once
 
 #include <cstddef>
@@ -6,13 +7,6 @@
 #include <string_view>
 
 namespace trovi::platform {
-
-/// `bytes` as valid UTF-8: each maximal ill-formed part becomes one U+FFFD.
-std::string repairedUTF8(std::string_view bytes);
-
-/// The same, without a copy if there is nothing to repair: the result is `bytes` itself or points
-/// into `storage`.
-std::string_view repairedUTF8(std::string_view bytes, std::string& storage);
 
 /// `text` without blanks (category Zs, and tab) at either end. Line breaks are kept.
 std::string_view trimmedBlanks(std::string_view text);

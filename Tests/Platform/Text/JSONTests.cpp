@@ -3,8 +3,8 @@
 
 #include <locale>
 
-#include "ByteScan.h"
-#include "JSON.h"
+#include "Text/ByteScan.h"
+#include "Text/JSON.h"
 
 namespace trovi::platform {
 namespace {

@@ -4,7 +4,8 @@
 #include <vector>
 
 #include "Repeated.h"
-#include "Unicode.h"
+#include "Text/UTF8.h"
+#include "Text/Unicode.h"
 
 namespace trovi::platform {
 namespace {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -19,21 +20,19 @@ namespace trovi {
 class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
   /// An error in the value under `key`, or in the whole document if `key` is empty.
-  CodingError(std::string key, std::string reason);
+  CodingError(const std::string& key, const std::string& reason);
   /// @{
   /// A copy throws nothing. There is no move, which would leave an error without its texts.
   CodingError(const CodingError&) = default;
   CodingError& operator=(const CodingError&) = default;
   /// @}
 
-  const std::string& key() const noexcept { return parts_->key; }  ///< empty: the whole document
-  const std::string& reason() const noexcept { return parts_->reason; }  ///< in English
+  std::string key() const { return {what(), keySize_}; }        ///< empty: the whole document
+  std::string reason() const { return what() + reasonStart_; }  ///< in English
 
  private:
-  struct Parts {
-    std::string key, reason;
-  };
-  std::shared_ptr<const Parts> parts_;  // shared, so that a copy throws nothing
+  std::size_t keySize_;
+  std::size_t reasonStart_;
 };
 
 /// Receives the fields of one record in the order of their declaration, without absent ones. An
@@ -80,22 +79,13 @@ TROVI_EXPORT void encode(const Type& record, KeyedEncoder& encoder);
 template <Record Type>
 TROVI_EXPORT Type decode(const KeyedDecoder& decoder);
 
-/// How dates are written in a JSON document.
-enum class JSONDates {
-  secondsSince1970,  ///< a number with a fraction; nothing is lost
-  /// "2025-06-18T14:03:22Z": whole seconds, years 0000 to 9999. On reading, the seconds may have a
-  /// fraction, and an offset may replace the Z: "2025-06-18T11:03:22.25-03:00".
-  iso8601,
-};
-
-/// Writes one JSON object: a record by `encode`, other members by the functions below.
-/// Ill-formed UTF-8 becomes U+FFFD. Throws CodingError for a number or date that is not finite.
+/// Writes one JSON object: a record by `encode`, other members by the functions below. A date is a
+/// number, in seconds since 1970, so that nothing is lost; an encoder of your own may write it
+/// otherwise, for example by `toISO8601`. Ill-formed UTF-8 becomes U+FFFD. Throws CodingError for a
+/// number or date that is not finite.
 class TROVI_EXPORT JSONObjectEncoder : public KeyedEncoder {
  public:
-  /// An object without members.
-  explicit JSONObjectEncoder(JSONDates dates = JSONDates::secondsSince1970) : dates_(dates) {}
-
-  /// The object as written so far, without white space.
+  /// The object as written so far, without white space; `{}` at first.
   const std::string& text() const { return text_; }
 
   /// @{
@@ -107,16 +97,17 @@ class TROVI_EXPORT JSONObjectEncoder : public KeyedEncoder {
   /// @}
 
  private:
-  JSONDates dates_;
   std::string text_ = "{}";
 };
 
-/// Reads one JSON object: a record by `decode`, other members by the functions of KeyedDecoder. Of
-/// members with the same key the last one counts.
+/// Reads one JSON object: a record by `decode`, other members by the functions of KeyedDecoder. A
+/// date is a number of seconds since 1970. Of members with the same key the last one counts. A
+/// decoder is copied freely.
 class TROVI_EXPORT JSONObjectDecoder : public KeyedDecoder {
  public:
-  /// `text` may be any bytes. Throws CodingError unless it is one JSON object.
-  explicit JSONObjectDecoder(std::string_view text, JSONDates dates = JSONDates::secondsSince1970);
+  /// `text` may be any bytes, and is not needed after the call. Throws CodingError unless it is one
+  /// JSON object.
+  explicit JSONObjectDecoder(std::string_view text);
 
   bool contains(std::string_view key) const override;
   std::string decodeText(std::string_view key) const override;
@@ -126,7 +117,6 @@ class TROVI_EXPORT JSONObjectDecoder : public KeyedDecoder {
 
  private:
   struct Object;
-  JSONDates dates_;
   std::shared_ptr<const Object> object_;
 };
 
@@ -136,10 +126,10 @@ concept Codable = Record<Type> || std::same_as<Type, RecadoStatus>;
 
 /// The value as JSON without white space. Throws as JSONObjectEncoder and rawValue do.
 template <Codable Type>
-TROVI_EXPORT std::string toJSON(const Type& value, JSONDates dates = JSONDates::secondsSince1970);
+TROVI_EXPORT std::string toJSON(const Type& value);
 
 /// Reads a value from one JSON text, which may be any bytes. Throws CodingError.
 template <Codable Type>
-TROVI_EXPORT Type fromJSON(std::string_view text, JSONDates dates = JSONDates::secondsSince1970);
+TROVI_EXPORT Type fromJSON(std::string_view text);
 
 }  // namespace trovi

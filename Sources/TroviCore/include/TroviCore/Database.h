@@ -107,8 +107,8 @@ class TROVI_EXPORT Row {
   std::optional<Date> dateValue(std::string_view column) const;
 
  private:
-  /// The index of the last column with this name, plus one; 0 if there is none.
-  std::size_t place(std::string_view column) const;
+  /// The index of the last column with this name.
+  std::optional<std::size_t> indexOf(std::string_view column) const;
 
   std::shared_ptr<const Names> names_;
   std::vector<SQLValue> values_;
@@ -140,6 +140,11 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
   static DatabaseError open(const std::string& message, int code = 0);
   /// "Erro no banco: " + message
   static DatabaseError query(const std::string& message, int code = 0);
+  /// @{
+  /// A copy throws nothing. There is no move, which would leave an error without its text.
+  DatabaseError(const DatabaseError&) = default;
+  DatabaseError& operator=(const DatabaseError&) = default;
+  /// @}
 
   Kind kind() const noexcept { return kind_; }        ///< what failed
   int code() const noexcept { return code_; }         ///< SQLite's extended result code, or 0
@@ -157,11 +162,11 @@ class TROVI_EXPORT DatabaseError : public std::runtime_error {
 /// A connection to one SQLite file, with write-ahead logging, foreign keys on, and a busy timeout
 /// for locks that other connections hold.
 ///
-/// Thread-safe: statements run one at a time, each on its caller's thread, in order of arrival.
-/// Each statement is independent; there are no transactions except those that a script opens. Texts
-/// end at their first NUL in both directions, and ill-formed UTF-8 is read as U+FFFD. A text that
-/// SQLite cannot hold is an error and is never stored as null. Nothing is cached, and the
-/// connection closes with the object.
+/// Thread-safe: statements run one at a time, each on its caller's thread. Each statement is
+/// independent; there are no transactions except those that a script opens. Texts end at their
+/// first NUL in both directions, and ill-formed UTF-8 is read as U+FFFD. A text that SQLite cannot
+/// hold is an error and is never stored as null. Nothing is cached, and the connection closes with
+/// the object.
 class TROVI_EXPORT Database {
  public:
   /// How long a statement waits for a lock before it fails.

@@ -3,9 +3,7 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
-#include <string_view>
 
 #include "TroviCore/Export.h"
 
@@ -26,10 +24,6 @@ constexpr double secondsSince1970(Date date) { return date.time_since_epoch().co
 /// `date` as "2025-06-18T14:03:22Z", rounded down to whole seconds. A date outside the years 0000
 /// to 9999 gives the nearest text within them; NaN gives that of 1970-01-01.
 TROVI_EXPORT std::string toISO8601(Date date);
-
-/// The date that such a text denotes. The seconds may have a fraction, and an offset may replace
-/// the Z: "2025-06-18T11:03:22.25-03:00". Absent for any other text.
-TROVI_EXPORT std::optional<Date> fromISO8601(std::string_view text);
 
 /// The current time.
 inline Date now() { return std::chrono::system_clock::now(); }

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <array>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -35,7 +34,6 @@ TROVI_EXPORT std::string_view rawValue(RecadoStatus status);
 TROVI_EXPORT std::string_view label(RecadoStatus status);
 
 /// All cases in the order of their declaration: transcrevendo, pendente, pego, resolvido, falhou.
-template <std::same_as<RecadoStatus> Enumeration>
 constexpr auto allCases() {
   using enum RecadoStatus;
   return std::array{transcrevendo, pendente, pego, resolvido, falhou};
@@ -43,8 +41,7 @@ constexpr auto allCases() {
 
 /// The case whose raw value is exactly `text`, in the same case and without blanks around it; else
 /// absent.
-template <std::same_as<RecadoStatus> Enumeration>
-TROVI_EXPORT std::optional<Enumeration> fromRawValue(std::string_view text);
+TROVI_EXPORT std::optional<RecadoStatus> fromRawValue(std::string_view text);
 
 /// A new identifier in the format that the file has: a random UUID, 36 characters, upper case.
 TROVI_EXPORT std::string newID();

@@ -1,8 +1,8 @@
 /// @file
-/// The inbox. In the structures that its operations take, fields without a default are required.
+/// The inbox. In the structures that its operations take, fields without a default are required;
+/// g++ -Wextra reports one that is left out, clang 14 does not.
 #pragma once
 
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -25,7 +25,7 @@ struct RecadoFilter {
   /// A text that occurs in the transcript, the title or the result. ASCII letters match in either
   /// case; "%" and "_" are wildcards. A text of only blanks is no condition.
   std::optional<std::string> search{};
-  std::int64_t limit;  ///< at most this many; negative: all
+  std::int64_t limit = -1;  ///< at most this many; negative: all
 };
 
 /// Who claims which message.
@@ -109,7 +109,7 @@ class TROVI_EXPORT TroviStore {
   static Recado recadoFrom(Row row);
 
   /// The message with this id.
-  std::optional<Recado> recado(std::string_view id) const;
+  std::optional<Recado> recado(const std::string& id) const;
 
   /// The messages that meet all conditions, newest first.
   std::vector<Recado> recados(const RecadoFilter& filter) const;
@@ -128,7 +128,7 @@ class TROVI_EXPORT TroviStore {
 
   /// Sets the status, and the title if one is given. Nothing else changes, not even claim and
   /// result.
-  void setStatus(std::string_view id, RecadoStatus status,
+  void setStatus(const std::string& id, RecadoStatus status,
                  const std::optional<std::string>& title = {});
 
   /// Files the message under a destination, which need not exist, or unfiles it.
@@ -136,23 +136,23 @@ class TROVI_EXPORT TroviStore {
 
   /// Sets or clears the path of the recording. The file itself is not touched, and the change is
   /// not marked for upload.
-  void setAudioPath(std::string_view id, const std::optional<std::string>& path);
+  void setAudioPath(const std::string& id, const std::optional<std::string>& path);
 
   /// Makes a message `pego` if it is `pendente` or `pego`, and returns it as it is then: an UPDATE,
   /// then a SELECT. Absent, with nothing changed, if the id is unknown or the status does not allow
   /// it.
-  std::optional<Recado> claim(const RecadoClaim& claim);
+  [[nodiscard]] std::optional<Recado> claim(const RecadoClaim& claim);
 
   /// Makes a message `resolvido` if it is `pendente`, `pego` or `resolvido`, and returns it as it
   /// is then: an UPDATE, then a SELECT. Absent, with nothing changed, if the id is unknown or the
   /// status does not allow it. A missing claim time becomes the current time.
-  std::optional<Recado> resolve(const RecadoResolution& resolution);
+  [[nodiscard]] std::optional<Recado> resolve(const RecadoResolution& resolution);
 
   /// Makes a message `pendente` again, whatever its status, and clears its claim and result.
-  void reopen(std::string_view id);
+  void reopen(const std::string& id);
 
   /// Deletes the message's audio file, if there is one and it can be deleted, then the message.
-  void deleteRecado(std::string_view id);
+  void deleteRecado(const std::string& id);
 
   /// @}
   /// @name Destinations
@@ -169,14 +169,14 @@ class TROVI_EXPORT TroviStore {
   std::vector<Destino> destinos() const;
 
   /// The destination with this id. Absent, without reading the file, if there is no id.
-  std::optional<Destino> destino(std::optional<std::string_view> id) const;
+  std::optional<Destino> destino(const std::optional<std::string>& id) const;
 
   /// The first destination in list order with this name, ignoring case and accents. Blanks around
   /// the given name are ignored too; those of a stored name are not.
   std::optional<Destino> destinoNamed(std::string_view name) const;
 
   /// Unfiles the destination's messages, then deletes the destination.
-  void deleteDestino(std::string_view id);
+  void deleteDestino(const std::string& id);
 
   /// @}
   /// @name Synchronisation
@@ -203,11 +203,6 @@ class TROVI_EXPORT TroviStore {
   /// Marks messages as uploaded, one by one. A message that changed after its `version` was read
   /// stays marked for upload.
   void markUploaded(const std::vector<UploadedVersion>& uploaded);
-  /// The same for the result of `pendingUploads`, or a part of it.
-  template <std::same_as<PendingUpload> Upload>
-  void markUploaded(const std::vector<Upload>& uploads) {
-    markUploaded(std::vector<UploadedVersion>(uploads.begin(), uploads.end()));
-  }
 
   /// Marks every message for upload, then forgets the deletions that are not uploaded: for a remote
   /// copy that starts empty.
@@ -224,7 +219,7 @@ class TROVI_EXPORT TroviStore {
   /// newer than the local state. This does not count as a local change, and earlier ones stay
   /// marked for upload. False, with nothing changed, if the id is unknown, the status does not
   /// allow it, or the remote state is not newer.
-  bool applyRemoteStatus(const RemoteStatus& remote);
+  [[nodiscard]] bool applyRemoteStatus(const RemoteStatus& remote);
 
   /// @}
   /// @name Metadata
@@ -233,10 +228,10 @@ class TROVI_EXPORT TroviStore {
   /// @{
 
   /// The text under this key; absent when there is none.
-  std::optional<std::string> meta(std::string_view key) const;
+  std::optional<std::string> meta(const std::string& key) const;
 
   /// Stores a text under this key, replacing an earlier one; without a text, removes the key.
-  void setMeta(std::string_view key, const std::optional<std::string>& value);
+  void setMeta(const std::string& key, const std::optional<std::string>& value);
 
   /// @}
 

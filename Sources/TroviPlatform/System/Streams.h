@@ -1,3 +1,4 @@
+// Lines in and bytes out, through file descriptors.
 #pragma once
 
 #include <cstddef>
@@ -6,6 +7,10 @@
 #include <vector>
 
 namespace trovi::platform {
+
+inline constexpr int standardInput = 0;
+inline constexpr int standardOutput = 1;
+inline constexpr int standardError = 2;
 
 /// Reads a file descriptor line by line. A line ends at a line feed, which a carriage return may
 /// precede, or at the end of the input. It may have any length and contain any other byte.
@@ -20,7 +25,7 @@ class LineReader {
   std::optional<std::string_view> next();
 
  private:
-  bool fill();
+  std::size_t fill();
   void makeRoom();
 
   int descriptor_;
@@ -29,5 +34,10 @@ class LineReader {
   std::size_t end_ = 0;    ///< where the bytes read so far end
   bool skipping_ = false;  ///< the current line is being skipped
 };
+
+/// Passes all of `bytes` to the system before it returns, in one call if the system accepts them at
+/// once. Nothing is buffered. Continues after interruptions and short writes, and waits while a
+/// pipe is full. False after any other failure, which drops the rest.
+bool write(int descriptor, std::string_view bytes);
 
 }  // namespace trovi::platform
