@@ -13,7 +13,7 @@ std::time_t startOfMonth(std::time_t now) {
   };
   // Not mktime: its answer is wrong in time zones that skip or repeat midnight on the 1st.
   constexpr std::time_t day = 86400;
-  std::time_t before = now - (wanted.tm_mday + 2) * day;  // days may be longer, or skipped whole
+  std::time_t before = now - (wanted.tm_mday + 2) * day;  // a day may be longer, or come twice
   std::time_t first = now;
   while (first - before > 1) {
     const std::time_t middle = before + (first - before) / 2;
