@@ -4,13 +4,13 @@
 #include <stdexcept>
 #include <string>
 
-#include "Text/JSON.h"
 #include "Server.h"
 #include "TemporaryFolder.h"
-#include "Tools.h"
-#include "TroviCore/Database.h"
+#include "Text/JSON.h"
 #include "Text/UTF8.h"
 #include "Text/Unicode.h"
+#include "Tools.h"
+#include "TroviCore/Database.h"
 
 namespace trovi::fuzz {
 namespace {

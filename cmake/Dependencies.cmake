@@ -1,7 +1,7 @@
 # How the libraries that we call are linked.
 #
-# An executable of a release contains them: it starts in about half the time, and one file runs on any
-# recent distribution. Within another project, whose program may link them already, that project
+# An executable of a release contains them: it starts sooner, and one file runs on any recent
+# distribution. Within another project, whose program may link them already, that project
 # decides.
 
 if(PROJECT_IS_TOP_LEVEL AND CMAKE_BUILD_TYPE STREQUAL "Release" AND NOT BUILD_SHARED_LIBS)

@@ -20,7 +20,7 @@ option(TROVI_WERROR "Treat warnings as errors" OFF)
 add_library(trovi_settings INTERFACE)
 target_compile_options(trovi_settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-  target_compile_options(trovi_settings INTERFACE -Wno-restrict)  # false of "x" + std::string, GCC bug 105651
+  target_compile_options(trovi_settings INTERFACE -Wno-restrict)  # warns wrongly of "x" + std::string, GCC bug 105651
 endif()
 if(TROVI_WERROR)
   target_compile_options(trovi_settings INTERFACE -Werror)

@@ -113,8 +113,8 @@ Folder read(const path& shared, const std::string& machine) {
       } else if (const auto document = documentIn(file)) {
         folder.documents.push_back(*document);
         if (isMine) folder.mine.insert({document->recado.id, *document});
-      } else if (isMine && entry.is_regular_file()) {
-        remove(file);  // half-written by a run that was killed, or a copy
+      } else if (isMine && file.extension() == ".tmp" && file.stem().string().size() == 36) {
+        remove(file);  // the draft of a run that was killed
       }
     }
   }

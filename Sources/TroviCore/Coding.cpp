@@ -75,9 +75,7 @@ JSONValue parsed(std::string_view text) {
 }  // namespace
 
 CodingError::CodingError(const std::string& key, const std::string& reason)
-    : std::runtime_error(key.empty() ? reason : key + ": " + reason),
-      keySize_(key.size()),
-      reasonStart_(key.empty() ? 0 : key.size() + 2) {}
+    : std::runtime_error(key.empty() ? reason : key + ": " + reason) {}
 
 void JSONObjectEncoder::encodeText(Key key, std::string_view value) {
   add(text_, key, platform::repairedUTF8(value));

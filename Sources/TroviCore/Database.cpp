@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <system_error>
+
 #include "System/Directories.h"
 #include "System/SerialQueue.h"
 #include "Text/UTF8.h"
@@ -157,7 +159,7 @@ DatabaseError DatabaseError::query(const std::string& message, int code) {
   return {Kind::query, "Erro no banco: ", message, code};
 }
 
-/// Hidden, or a shared library would export its templates along with the enclosing class.
+/// Hidden: otherwise a shared library would export the functions made for its lambdas.
 class __attribute__((visibility("hidden"))) Database::Connection {
  public:
   explicit Connection(const std::filesystem::path& path) {

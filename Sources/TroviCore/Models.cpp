@@ -30,14 +30,14 @@ struct Hash {
   void operator()(std::string_view /*name*/, const Field& field) {
     combine(std::hash<Field>{}(field));
   }
-  void operator()(std::string_view /*name*/, Date field) { combine(hashOf(field)); }
-  void operator()(std::string_view /*name*/, const std::optional<Date>& field) {
-    combine(field ? hashOf(*field) : 0);
-    combine(field.has_value());
+  void operator()(std::string_view name, Date date) { (*this)(name, secondsSince1970(date)); }
+  template <class Field>
+  void operator()(std::string_view name, const std::optional<Field>& field) {
+    (*this)(name, field.has_value());
+    if (field) (*this)(name, *field);
   }
 
  private:
-  static std::size_t hashOf(Date date) { return std::hash<double>{}(secondsSince1970(date)); }
   void combine(std::size_t hash) {
     constexpr std::size_t goldenRatio = 0x9E3779B97F4A7C15;
     value ^= hash + goldenRatio + (value << 6) + (value >> 2);

@@ -5,9 +5,9 @@
 
 namespace trovi {
 
-/// Lasts while a file is opened and migrated. None of our programs does the same meanwhile: two
-/// would seed the file twice, and SQLite refuses at once to switch a file to write-ahead logging
-/// while another program does.
+/// Held while a file is opened and migrated, so that our programs do it one after the other. Two at
+/// once would both add the first destinations, and SQLite refuses at once to switch a file to
+/// write-ahead logging while another program does.
 struct TroviStore::Opening {
   platform::FolderLock lock;
 };
@@ -16,7 +16,7 @@ TroviStore::TroviStore(const std::filesystem::path& path)
     : TroviStore(path,
                  Opening{{platform::absolutePath(path).parent_path(), Database::busyTimeout}}) {}
 
-TroviStore::TroviStore(const std::filesystem::path& path, const Opening& /*lasts*/) : db_(path) {
+TroviStore::TroviStore(const std::filesystem::path& path, const Opening& /*held*/) : db_(path) {
   migrate();
 }
 

@@ -1,4 +1,4 @@
-#include <chrono>
+#include <ctime>
 #include <filesystem>
 
 #include "System/Calendar.h"
@@ -32,8 +32,6 @@ constexpr const char* updateReopened =
     result = NULL, resolved_at = NULL WHERE id = ?)";
 
 SQLValue value(RecadoStatus status) { return SQLValue::text(std::string(rawValue(status))); }
-
-SQLValue value(Date date) { return SQLValue::real(secondsSince1970(date)); }
 
 }  // namespace
 
@@ -100,7 +98,7 @@ std::unordered_map<RecadoStatus, std::int64_t> TroviStore::counts() const {
 }
 
 std::int64_t TroviStore::countThisMonth() const {
-  const auto current = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  const auto current = static_cast<std::time_t>(secondsSince1970(now()));
   const auto start = static_cast<double>(platform::startOfMonth(current));
   const auto rows =
       db_.query("SELECT COUNT(*) AS n FROM recado WHERE created_at >= ?", {SQLValue::real(start)});
@@ -109,12 +107,12 @@ std::int64_t TroviStore::countThisMonth() const {
 
 void TroviStore::insert(const Recado& recado) {
   db_.run(insertRecado,
-          {SQLValue::text(recado.id), value(recado.createdAt), SQLValue::real(recado.duration),
-           SQLValue::from(recado.audioPath), SQLValue::text(recado.transcript),
-           SQLValue::text(recado.title), SQLValue::from(recado.destinoID), value(recado.status),
-           SQLValue::from(recado.claimedBy), SQLValue::from(recado.claimedAt),
-           SQLValue::from(recado.result), SQLValue::from(recado.resolvedAt),
-           SQLValue::from(recado.language)});
+          {SQLValue::text(recado.id), SQLValue::from(recado.createdAt),
+           SQLValue::real(recado.duration), SQLValue::from(recado.audioPath),
+           SQLValue::text(recado.transcript), SQLValue::text(recado.title),
+           SQLValue::from(recado.destinoID), value(recado.status), SQLValue::from(recado.claimedBy),
+           SQLValue::from(recado.claimedAt), SQLValue::from(recado.result),
+           SQLValue::from(recado.resolvedAt), SQLValue::from(recado.language)});
 }
 
 void TroviStore::finishTranscription(const FinishedTranscription& finished) {
@@ -146,12 +144,12 @@ void TroviStore::setAudioPath(const std::string& id, const std::optional<std::st
 
 std::optional<Recado> TroviStore::claim(const RecadoClaim& claim) {
   const auto changed = db_.run(updateClaim, {value(RecadoStatus::pego), SQLValue::text(claim.by),
-                                             value(now()), SQLValue::text(claim.id)});
+                                             SQLValue::from(now()), SQLValue::text(claim.id)});
   return changed > 0 ? recado(claim.id) : std::nullopt;
 }
 
 std::optional<Recado> TroviStore::resolve(const RecadoResolution& resolution) {
-  const SQLValue resolvedAt = value(now());
+  const SQLValue resolvedAt = SQLValue::from(now());
   const auto changed =
       db_.run(updateResolution,
               {value(RecadoStatus::resolvido), SQLValue::text(resolution.result), resolvedAt,

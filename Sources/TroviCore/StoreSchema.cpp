@@ -92,7 +92,7 @@ void inOneCommit(Database& db, const Work& work) {
   try {
     work();
   } catch (...) {
-    ignoringFailure(db, "COMMIT;");  // the first failure is the one to report
+    ignoringFailure(db, "COMMIT;");  // keeps what succeeded; the first failure is the one to report
     throw;
   }
   db.execute("COMMIT;");

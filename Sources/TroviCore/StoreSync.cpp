@@ -3,8 +3,6 @@
 namespace trovi {
 namespace {
 
-constexpr const char* updateUploaded = "UPDATE recado SET dirty = 0 WHERE id = ? AND dirty = ?";
-
 constexpr const char* updateRemoteStatus =
     R"(UPDATE recado SET status = ?, claimed_by = ?, claimed_at = ?, result = ?, resolved_at = ?, updated_at = ?
 WHERE id = ? AND status IN ('pendente', 'pego', 'resolvido') AND (updated_at IS NULL OR updated_at < ?))";
@@ -28,7 +26,8 @@ std::vector<TroviStore::PendingUpload> TroviStore::pendingUploads(std::int64_t l
 
 void TroviStore::markUploaded(const std::vector<UploadedVersion>& uploaded) {
   for (const auto& [id, version] : uploaded) {
-    db_.run(updateUploaded, {SQLValue::text(id), SQLValue::integer(version)});
+    db_.run("UPDATE recado SET dirty = 0 WHERE id = ? AND dirty = ?",
+            {SQLValue::text(id), SQLValue::integer(version)});
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <utility>
 
 #include "Text/UTF8.h"
 #include "Text/Unicode.h"

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
-#include <new>
 
 namespace trovi::mcp {
 namespace {
@@ -52,11 +52,6 @@ JSONObject json(const Destino& destino) {
   members.emplace_back("instrucao", destino.instruction);
   members.emplace_back("nome", destino.name);
   return members;
-}
-
-std::string description(const std::exception& error) {
-  // As SQLite says it; C++ would name a type.
-  return dynamic_cast<const std::bad_alloc*>(&error) != nullptr ? "out of memory" : error.what();
 }
 
 }  // namespace trovi::mcp

@@ -1,7 +1,6 @@
 // Tool results, as the assistant reads them.
 #pragma once
 
-#include <exception>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,8 +27,5 @@ inline ToolResult textContent(platform::JSONValue payload) { return {std::move(p
 
 /// A failed result: one text, which is `message` unchanged.
 inline ToolResult toolError(std::string message) { return {std::move(message), true}; }
-
-/// What went wrong, in the words that the user reads.
-std::string description(const std::exception& error);
 
 }  // namespace trovi::mcp

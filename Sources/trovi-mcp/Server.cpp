@@ -3,7 +3,7 @@
 #include <new>
 #include <utility>
 
-#include "System/Memory.h"
+#include "System/Streams.h"
 #include "Text/UTF8.h"
 #include "Text/Unicode.h"
 #include "Tools.h"
@@ -112,7 +112,7 @@ void Server::reply(const JSONValue& id, const ToolResult& result) {
     return;
   }
   const std::size_t start = reply_.size();
-  reply_.reserve(start + 32);  // for what follows, even if the text finds no memory
+  reply_.reserve(start + 32);  // so that what follows an empty text finds memory
   try {
     platform::appendPrettyJSONText(reply_, result.content);
   } catch (const std::bad_alloc&) {

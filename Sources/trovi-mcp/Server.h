@@ -26,7 +26,7 @@ class Server {
   void answerRequest(const platform::JSONValue& request, const platform::JSONValue& id);
   platform::JSONObject initialize(const platform::JSONValue& params);
 
-  /// Begins a reply with its first two members and `start`, the third up to its value.
+  /// Writes `jsonrpc` and `id`, then `start`: the third member up to its value.
   void begin(const platform::JSONValue& id, std::string_view start);
   void reply(const platform::JSONValue& id, std::string_view result);  ///< written as JSON
   /// If there is not enough memory for the text of a successful result, the text is empty.

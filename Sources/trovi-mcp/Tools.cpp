@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <exception>
+#include <new>
+#include <utility>
+#include <vector>
 
 namespace trovi::mcp {
 namespace {
@@ -33,10 +37,10 @@ std::string requiredText(const ToolCall& call, std::string_view name, const char
 }
 
 std::int64_t limitArgument(const ToolCall& call) {
-  constexpr std::int64_t standard = 20;
+  constexpr std::int64_t defaultLimit = 20;
   constexpr std::int64_t smallest = 1;
   constexpr std::int64_t largest = 100;
-  return std::clamp(call.arguments["limite"].integer().value_or(standard), smallest, largest);
+  return std::clamp(call.arguments["limite"].integer().value_or(defaultLimit), smallest, largest);
 }
 
 /// Who acts: the argument `cliente`, else the name that the client gave itself.
@@ -74,7 +78,7 @@ std::optional<RecadoStatus> statusFilter(const ToolCall& call) {
 std::optional<std::string> destinoFilter(const ToolCall& call, const Destinos& destinos) {
   const auto given = textArgument(call, "destino");
   if (!given || given->empty()) return {};
-  // The store reads its list again: how names are compared is the store's to know.
+  // The store compares names, so it reads the list once more.
   if (auto found = call.store.destinoNamed(*given)) return std::move(found->id);
   std::string message = "Não existe o destino \"" + *given + "\". Destinos: ";
   for (const Destino& destino : destinos) {
@@ -204,7 +208,7 @@ std::string catalogue() {
                    {"inputSchema", platform::parseJSON(tool.inputSchema).value()}});
   }
   std::string result;
-  platform::appendJSON(result, JSONObject{{"tools", std::move(descriptors)}});
+  platform::appendJSON(result, JSONObject{{"tools", descriptors}});
   return result;
 }
 
@@ -218,8 +222,10 @@ ToolResult callTool(const ToolCall& call) {
     return toolError("Ferramenta desconhecida: " + std::string(call.name));
   } catch (const Refusal& refusal) {
     return toolError(refusal.message);
+  } catch (const std::bad_alloc&) {
+    return toolError("Erro no Trovi: out of memory");  // as SQLite says it
   } catch (const std::exception& error) {
-    return toolError("Erro no Trovi: " + description(error));
+    return toolError(std::string("Erro no Trovi: ") + error.what());
   }
 }
 

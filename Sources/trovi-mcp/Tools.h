@@ -15,6 +15,7 @@ namespace trovi::mcp {
 /// them. An assistant decides by these texts what to call: they are fixed to the byte.
 std::string catalogue();
 
+/// One call. It refers to what the caller owns while `callTool` runs.
 struct ToolCall {
   std::string_view name;                 ///< as the client sent it
   const platform::JSONValue& arguments;  ///< unknown ones are ignored

@@ -2,14 +2,17 @@
 
 #include <cstdlib>
 #include <exception>
+#include <new>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "Server.h"
-#include "System/Memory.h"
 #include "System/Streams.h"
 #include "Tools.h"
 #include "TroviCore/Paths.h"
+#include "TroviCore/Store.h"
 
 using namespace trovi;
 
@@ -33,26 +36,28 @@ void serve(mcp::Server& server, std::string_view line) {
   }
 }
 
-/// What the server works with, made in this order before it reads a line.
-struct Session {
-  platform::LineReader lines{platform::standardInput};
+/// What the loop works with, made in the order of start-up.
+struct Program {
   std::string catalogue = mcp::catalogue();
   TroviStore store{TroviPaths::databaseURL()};
-  mcp::Server server{catalogue, store};
+  mcp::Server server{std::move(catalogue), store};
+  platform::LineReader lines{platform::standardInput};
 };
 
 }  // namespace
 
 int main() {
-  platform::keepFreedMemory();
   sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // its memory statistics would take a lock
-  std::optional<Session> session;
+  std::optional<Program> program;
   try {
-    session.emplace();
+    program.emplace();
+  } catch (const std::bad_alloc&) {
+    log("não abri a caixa do Trovi: out of memory");  // as SQLite says it
+    return EXIT_FAILURE;
   } catch (const std::exception& error) {
-    log("não abri a caixa do Trovi: " + mcp::description(error));
+    log(std::string("não abri a caixa do Trovi: ") + error.what());
     return EXIT_FAILURE;
   }
-  while (const auto line = session->lines.next()) serve(session->server, *line);
+  while (const auto line = program->lines.next()) serve(program->server, *line);
   std::exit(EXIT_SUCCESS);  // closes nothing: the file is always consistent
 }

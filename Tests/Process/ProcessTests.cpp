@@ -4,9 +4,9 @@
 
 #include <fstream>
 
-#include "Text/JSON.h"
 #include "Repeated.h"
 #include "ServerProcess.h"
+#include "Text/JSON.h"
 #include "TroviCore/Version.h"
 
 namespace trovi::tests {

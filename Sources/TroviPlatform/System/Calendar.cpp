@@ -3,7 +3,7 @@
 namespace trovi::platform {
 
 std::time_t startOfMonth(std::time_t now) {
-  tzset();
+  tzset();  // localtime_r need not read TZ
   std::tm wanted{};
   if (localtime_r(&now, &wanted) == nullptr) return now;
   const auto inMonth = [&](std::time_t instant) {

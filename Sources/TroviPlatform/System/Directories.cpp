@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <system_error>
 #include <vector>
 
 namespace trovi::platform {

@@ -14,8 +14,8 @@ std::filesystem::path applicationSupportDirectory();
 /// folder is used.
 void createDirectories(const std::filesystem::path& directory);
 
-/// `path` as seen from the working folder, which is what an empty path stands for. Relative only if
-/// there is no working folder.
+/// `path` as seen from the working folder; an empty path is that folder. Relative only if there is
+/// none.
 std::filesystem::path absolutePath(const std::filesystem::path& path);
 
 }  // namespace trovi::platform

@@ -9,10 +9,10 @@
 
 namespace trovi::platform {
 
-FolderLock::FolderLock(const std::filesystem::path& folder, std::chrono::milliseconds longest)
+FolderLock::FolderLock(const std::filesystem::path& folder, std::chrono::milliseconds timeout)
     : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   using Clock = std::chrono::steady_clock;
-  const auto end = Clock::now() + longest;
+  const auto end = Clock::now() + timeout;
   while (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR) &&
          Clock::now() < end) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));

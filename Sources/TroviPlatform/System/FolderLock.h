@@ -10,9 +10,9 @@ namespace trovi::platform {
 /// with the process at the latest. Nothing else in the folder is affected.
 class FolderLock {
  public:
-  /// Locks an existing folder. Waits at most `longest`, then goes on without the lock, and at once
+  /// Locks an existing folder. Waits at most `timeout`, then goes on without the lock, and at once
   /// where the folder cannot be opened or locked.
-  FolderLock(const std::filesystem::path& folder, std::chrono::milliseconds longest);
+  FolderLock(const std::filesystem::path& folder, std::chrono::milliseconds timeout);
   ~FolderLock();
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;

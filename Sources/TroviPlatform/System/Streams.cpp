@@ -8,8 +8,6 @@
 #include <new>
 #include <utility>
 
-#include "System/Memory.h"
-
 namespace trovi::platform {
 namespace {
 

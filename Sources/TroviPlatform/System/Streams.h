@@ -12,8 +12,12 @@ inline constexpr int standardInput = 0;
 inline constexpr int standardOutput = 1;
 inline constexpr int standardError = 2;
 
+/// The largest buffer, in bytes, that is kept for the next line or reply.
+inline constexpr std::size_t largestKeptBuffer = std::size_t{4} << 20;
+
 /// Reads a file descriptor line by line. A line ends at a line feed, which a carriage return may
 /// precede, or at the end of the input. It may have any length and contain any other byte.
+/// Does not close the descriptor.
 class LineReader {
  public:
   explicit LineReader(int descriptor);
@@ -21,7 +25,8 @@ class LineReader {
   LineReader& operator=(const LineReader&) = delete;
 
   /// The next line without its terminator, valid until the next call; absent at the end of the
-  /// input. If there is not enough memory for a line, all of it is skipped.
+  /// input, or if it cannot be read. If there is not enough memory for a line, all of it is
+  /// skipped.
   std::optional<std::string_view> next();
 
  private:

@@ -1,7 +1,6 @@
-#include <langinfo.h>
-
 #include <algorithm>
 #include <charconv>
+#include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -48,7 +47,7 @@ std::optional<double> JSONValue::real() const {
   // that the application has set.
   std::string literal = number->literal;
   if (const auto point = literal.find('.'); point != std::string::npos) {
-    literal.replace(point, 1, nl_langinfo(RADIXCHAR));
+    literal.replace(point, 1, std::localeconv()->decimal_point);
   }
   const double value = std::strtod(literal.c_str(), nullptr);
   return std::isfinite(value) ? std::optional(value) : std::nullopt;

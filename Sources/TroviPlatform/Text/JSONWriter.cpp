@@ -7,9 +7,9 @@
 namespace trovi::platform {
 namespace {
 
-/// Appends `text` with the escapes for a JSON string, or for one inside a JSON string. It must be
-/// valid UTF-8.
-void appendEscaped(std::string& out, std::string_view text, bool isInside) {
+/// Appends `text`, which must be valid UTF-8, with the escapes for a JSON string, or with those for
+/// a JSON string inside another (`isNested`).
+void appendEscaped(std::string& out, std::string_view text, bool isNested) {
   static constexpr std::string_view bytes = "\"\\\b\f\n\r\t";
   static constexpr std::string_view names = "\"\\bfnrt";
   static constexpr std::string_view digits = "0123456789abcdef";
@@ -25,7 +25,7 @@ void appendEscaped(std::string& out, std::string_view text, bool isInside) {
       size = 2;
     }
     const std::string_view escaped(escape.data(), size);
-    if (isInside) {
+    if (isNested) {
       appendEscaped(out, escaped, false);
     } else {
       out += escaped;
@@ -36,8 +36,9 @@ void appendEscaped(std::string& out, std::string_view text, bool isInside) {
 
 class Writer {
  public:
-  /// `isPretty`: sorted and on several lines, escaped for a JSON string.
-  Writer(std::string& out, bool isPretty) : out_(out), isPretty_(isPretty) {}
+  /// `isNested`: for the inside of a JSON string, so that people can read it there: sorted and on
+  /// several lines.
+  Writer(std::string& out, bool isNested) : out_(out), isNested_(isNested) {}
 
   void write(const JSONValue& value) {
     std::visit([this](const auto& content) { write(content); }, value.content);
@@ -48,23 +49,23 @@ class Writer {
   void write(bool value) { out_ += value ? "true" : "false"; }
   void write(const JSONNumber& number) { out_ += number.literal; }
   void write(const std::string& text) {
-    out_ += isPretty_ ? "\\\"" : "\"";
-    appendEscaped(out_, text, isPretty_);
-    out_ += isPretty_ ? "\\\"" : "\"";
+    out_ += isNested_ ? "\\\"" : "\"";
+    appendEscaped(out_, text, isNested_);
+    out_ += isNested_ ? "\\\"" : "\"";
   }
   void write(const JSONArray& array) {
     container('[', array, ']', [this](const JSONValue& element) { write(element); });
   }
   void write(const JSONObject& object) {
     const auto byKey = [](const auto& a, const auto& b) { return a.first < b.first; };
-    if (isPretty_ && !std::is_sorted(object.begin(), object.end(), byKey)) {
+    if (isNested_ && !std::is_sorted(object.begin(), object.end(), byKey)) {
       JSONObject sorted = object;
       std::stable_sort(sorted.begin(), sorted.end(), byKey);
       return write(sorted);
     }
     container('{', object, '}', [this](const auto& member) {
       write(member.first);
-      out_ += isPretty_ ? ": " : ":";
+      out_ += isNested_ ? ": " : ":";
       write(member.second);
     });
   }
@@ -86,13 +87,13 @@ class Writer {
   }
 
   void breakLine() {
-    if (!isPretty_) return;
+    if (!isNested_) return;
     out_ += "\\n";
     out_.append(2 * level_, ' ');
   }
 
   std::string& out_;
-  bool isPretty_;
+  bool isNested_;
   std::size_t level_ = 0;
 };
 

@@ -12,7 +12,7 @@
 namespace trovi::platform {
 namespace {
 
-/// Its category is not that of a mark, but like one it is no character of its own.
+/// Invisible inside a word; dropped like a mark.
 constexpr utf8proc_int32_t zeroWidthNonJoiner = 0x200C;
 /// Latin, Greek and Cyrillic are below this; their marks are diacritics. Above, a mark may be a
 /// letter.
@@ -85,7 +85,7 @@ std::vector<utf8proc_int32_t> decomposed(std::string_view text) {
   scalars.reserve(text.size());
   while (!text.empty()) {
     const auto [scalar, length] = firstScalar(text);
-    std::array<utf8proc_int32_t, 8> parts{};  // canonical decompositions have at most four
+    std::array<utf8proc_int32_t, 4> parts{};  // the longest canonical decomposition
     int unused = 0;
     const auto count =
         utf8proc_decompose_char(scalar, parts.data(), parts.size(), UTF8PROC_DECOMPOSE, &unused);

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <concepts>
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -16,23 +15,11 @@
 namespace trovi {
 
 /// A record cannot be read from a document, or a document cannot hold a value. what() is the key
-/// and the reason: "title: missing".
+/// and the reason, in English: "title: missing".
 class TROVI_EXPORT CodingError : public std::runtime_error {
  public:
   /// An error in the value under `key`, or in the whole document if `key` is empty.
   CodingError(const std::string& key, const std::string& reason);
-  /// @{
-  /// A copy throws nothing. There is no move, which would leave an error without its texts.
-  CodingError(const CodingError&) = default;
-  CodingError& operator=(const CodingError&) = default;
-  /// @}
-
-  std::string key() const { return {what(), keySize_}; }        ///< empty: the whole document
-  std::string reason() const { return what() + reasonStart_; }  ///< in English
-
- private:
-  std::size_t keySize_;
-  std::size_t reasonStart_;
 };
 
 /// Receives the fields of one record in the order of their declaration, without absent ones. An

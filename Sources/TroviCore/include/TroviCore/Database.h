@@ -172,8 +172,8 @@ class TROVI_EXPORT Database {
   /// How long a statement waits for a lock before it fails.
   static constexpr std::chrono::milliseconds busyTimeout{4000};
 
-  /// Opens the file. A missing file is created, in a folder that must exist, and gets mode 0600 if
-  /// the file system knows modes: for its user only, as its log and index. Throws DatabaseError.
+  /// Opens the file; its folder must exist. A missing file is created. It, its log and its index
+  /// get mode 0600, for its user only, where the file system has modes. Throws DatabaseError.
   explicit Database(const std::filesystem::path& path);
   ~Database();
   Database(const Database&) = delete;

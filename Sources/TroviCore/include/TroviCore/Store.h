@@ -3,7 +3,6 @@
 /// g++ -Wextra reports one that is left out, clang 14 does not.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -91,12 +90,13 @@ class TROVI_EXPORT TroviStore {
   /// Opens the file and migrates it to the current schema: creates what is missing, adds the
   /// columns and triggers for the synchroniser to a file of the earlier schema, and adds three
   /// destinations unless the file is marked as having had them. The folder must exist. Throws
-  /// DatabaseError; what succeeded before the failure stays, and the next open goes through all
-  /// steps again.
+  /// DatabaseError; what succeeded before the failure stays, and the next open goes on from what
+  /// the file holds.
   ///
   /// Stores that are opened at the same time by paths in one folder wait for each other, at most
   /// for `Database::busyTimeout`. A program that is killed meanwhile leaves either all three
-  /// destinations or none, and no message without the time of its last change.
+  /// destinations or none, and gives the messages of an earlier schema either the time of their
+  /// last change or no column for it.
   explicit TroviStore(const std::filesystem::path& path);
 
   Database& db() { return db_; }  ///< the store's connection, valid as long as the store
@@ -237,7 +237,7 @@ class TROVI_EXPORT TroviStore {
 
  private:
   struct Opening;
-  TroviStore(const std::filesystem::path& path, const Opening& lasts);
+  TroviStore(const std::filesystem::path& path, const Opening& held);
   void migrate();
   void migrateSync();
 
