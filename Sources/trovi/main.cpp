@@ -1,430 +1,399 @@
-// The inbox in a person's hands, with the library's public headers only: from a note, typed or
-// spoken, to what an assistant made of it. The verbs are the functions in the table at the end.
+// The inbox in a person's hands, on the library's public headers alone: from a note, typed or
+// spoken, to what an assistant made of it. Each verb is a function in the table near the end.
 #include <TroviCore/Coding.h>
 #include <TroviCore/Paths.h>
 #include <TroviCore/Store.h>
 #include <TroviCore/Text.h>
 #include <TroviCore/Version.h>
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/stat.h>
-#include <termios.h>
+#include <sys/wait.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
 #include <cstdint>
-#include <ctime>
+#include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <iomanip>
+#include <fstream>
 #include <iostream>
 #include <iterator>
-#include <limits>
+#include <memory>
 #include <optional>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "Recording.h"
+// No header of POSIX declares it. NOLINTNEXTLINE(readability-redundant-declaration)
+extern char** environ;
 
 namespace {
 
 using namespace trovi;
-using Arguments = std::vector<std::string>;
-
-struct Inbox {
-  TroviStore store;
-  std::filesystem::path recordings;  ///< their folder
-};
-
-/// The line of the user is none that we know.
+using enum RecadoStatus;
+using std::filesystem::path;
+using Words = std::vector<char*>;    // of the command line
+using Failure = std::runtime_error;  // a sentence: what could not be done, and what to do
 struct WrongUse {};
 
-/// What could not be done, in one sentence, and what the user may do.
-struct Refusal : std::runtime_error {
-  using std::runtime_error::runtime_error;
+constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] e um destes:
+  note [TEXTO]             guarda um recado; sem TEXTO, lê a entrada padrão
+  transcribe GRAVAÇÃO COMANDO [ARGUMENTO…]
+                           guarda uma gravação e o texto que COMANDO imprime ao recebê-la no fim
+  transcribe --again ID COMANDO [ARGUMENTO…]
+                           o mesmo para um recado cuja transcrição falhou ou parou no meio
+  list [STATUS]            lista os recados, o mais novo primeiro, sem os resolvidos; STATUS:
+                           transcrevendo, pendente, pego, resolvido, falhou ou todos
+  show ID                  mostra tudo de um recado; de um ID basta o começo
+  file ID [DESTINO]        põe o recado em outro destino, ou em nenhum
+  reopen ID                torna o recado pendente outra vez, sem quem o pegou e sem resultado
+  delete ID                apaga o recado e a gravação dele
+  destinos                 lista os destinos com as suas instruções
+  destino NOME INSTRUÇÃO   cria um destino, ou muda a instrução dele
+  destino --delete NOME    apaga o destino; os recados dele ficam, sem destino
+  counts                   conta os recados por status, e os deste mês
+  --version, --help        mostra a versão, ou este texto
+)";
+
+struct Inbox : TroviStore {
+  explicit Inbox(const path& file) : TroviStore(file), recordings(file.parent_path() / "Audio") {}
+  std::vector<Row> rows(const std::string& sql, const std::string& text) {
+    return db().query(sql, {SQLValue::text(text)});
+  }
+  path recordings;  ///< their folder, perhaps missing
 };
 
-/// `text` as it may be written to a terminal, and in valid UTF-8: without control characters.
-std::string shown(const std::string& text, std::string_view lineBreak = " ") {
+/// `text` as a terminal may get it: valid UTF-8, with a blank for each control character.
+std::string shown(std::string_view text, std::string_view lineBreak = " ") {
   JSONObjectEncoder encoder;
-  encoder.encodeText("", text);
-  const std::string valid = JSONObjectDecoder(encoder.text()).decodeText("");
+  encoder.encodeText("", text);  // repairs it
   std::string shown;
-  for (std::size_t i = 0; i < valid.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(valid[i]);
-    const bool isC1 = byte == 0xC2 && static_cast<unsigned char>(valid[i + 1]) < 0xA0;
-    if (byte == '\n') {
-      shown += lineBreak;
-    } else if (byte == '\t') {
-      shown += ' ';
-    } else if (byte < 0x20 || byte == 0x7F || isC1) {
-      shown += "\uFFFD";
-      if (isC1) ++i;
-    } else {
-      shown += valid[i];
-    }
+  for (const char c : JSONObjectDecoder(encoder.text()).decodeText("")) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isC1 = shown.ends_with('\xC2') && byte < 0xA0;
+    if (isC1) shown.pop_back();
+    const bool isControl = byte < 0x20 || byte == 0x7F || isC1;
+    shown += c == '\n' ? lineBreak : std::string_view(isControl ? " " : &c, 1);
   }
   return shown;
 }
 
-/// A date as the user's clock showed it; one beyond the years 0 to 9999 is shown as the nearest.
-std::string localTime(Date date) {
-  const double seconds = secondsSince1970(fromISO8601(toISO8601(date)).value());
-  const auto time = static_cast<std::time_t>(seconds);
-  std::ostringstream text;
-  text << std::put_time(std::localtime(&time), "%Y-%m-%d %H:%M");
-  return text.str();
-}
-
-/// The first eight characters of an id.
-std::string shortID(const std::string& id) {
-  std::size_t end = 0;
-  for (int count = 0; end < id.size(); ++end) {
-    const bool begins = (static_cast<unsigned char>(id[end]) & 0xC0U) != 0x80;
-    if (begins && ++count > 8) break;
+/// Prints the texts in the rows, each in a line.
+void print(const std::vector<Row>& rows, std::string_view lineBreak) {
+  for (const Row& row : rows) {
+    for (const auto& [name, value] : row.columns()) {
+      if (value->asText() != nullptr) std::cout << shown(*value->asText(), lineBreak) << '\n';
+    }
   }
-  return id.substr(0, end);
+  if (rows.empty()) std::cerr << "não há nenhum\n";
 }
 
-/// The message in one line.
-std::string line(const Recado& recado, const std::vector<Destino>& destinos) {
-  const auto destino = std::find_if(destinos.begin(), destinos.end(), [&](const Destino& each) {
-    return each.id == recado.destinoID;
-  });
-  std::ostringstream line;
-  line << shortID(recado.id) << "  " << std::left << std::setw(13) << rawValue(recado.status)
-       << "  " << localTime(recado.createdAt) << "  "
-       << (destino != destinos.end() ? destino->name : "-") << "  " << recado.title;
-  return shown(line.str());
-}
+/// A message in one line, and all of it.
+constexpr const char* line = R"(SELECT printf('%s  %-13s  %s  %s  %s', substr(recado.id, 1, 8),
+    status, strftime('%Y-%m-%d %H:%M', created_at, 'unixepoch', 'localtime'),
+    IFNULL(name, '-'), title) FROM recado LEFT JOIN destino ON destino.id = destino_id WHERE )";
+constexpr const char* everything = R"(SELECT 'id: ' || recado.id, 'status: ' || status,
+    'gravado em: ' || datetime(created_at, 'unixepoch', 'localtime'),
+    'duração: ' || round(duration, 1) || ' s', 'gravação: ' || audio_path, 'idioma: ' || language,
+    'destino: ' || name, 'instrução: ' || instruction, 'pego por: ' || claimed_by,
+    'pego em: ' || datetime(claimed_at, 'unixepoch', 'localtime'), 'resultado: ' || result,
+    'resolvido em: ' || datetime(resolved_at, 'unixepoch', 'localtime'),
+    'título: ' || title, 'transcrição: ' || transcript
+FROM recado LEFT JOIN destino ON destino.id = destino_id WHERE recado.id = ?)";
 
-/// Prints the message as it is now: what a change is confirmed with.
 void confirm(Inbox& inbox, const std::string& id) {
-  const auto recado = inbox.store.recado(id);
-  if (!recado) throw Refusal("outro programa acaba de apagar o recado " + id);
-  std::cout << line(*recado, inbox.store.destinos()) << '\n';
+  print(inbox.rows(std::string(line) + "recado.id = ?", id), " ");
 }
 
-/// The message with this id, or the only one whose id begins with it.
-Recado find(Inbox& inbox, const std::string& id) {
-  const auto rows = inbox.store.db().query(
-      "SELECT * FROM recado WHERE substr(id, 1, length(?1)) = ?1 AND ?1 <> '' "
-      "ORDER BY id <> ?1, id LIMIT 10",
-      {SQLValue::text(id)});
-  if (rows.empty()) {
-    throw Refusal("nenhum recado tem um id que começa com \"" + id +
-                  "\"; para ver os ids: trovi list todos");
-  }
-  Recado recado = TroviStore::recadoFrom(rows.front());
+/// The message with this id, or the only one whose id begins so.
+Recado found(Inbox& inbox, const std::string& id) {
+  constexpr const char* beginning = R"(SELECT * FROM recado WHERE substr(id, 1, length(?1)) = ?1
+    AND ?1 <> '' ORDER BY id <> ?1, id LIMIT 10)";
+  const auto rows = inbox.rows(beginning, id);
+  std::string ids;
+  for (const Row& row : rows) ids += " " + row.stringValue("id").value_or("");
+  if (rows.empty()) throw Failure("não há recado " + id + "; os ids estão em: trovi list todos");
+  Recado recado = TroviStore::recadoFrom(rows[0]);
   if (rows.size() == 1 || recado.id == id) return recado;
-  std::string fitting;
-  for (const Row& row : rows) fitting += " " + row.stringValue("id").value_or("");
-  throw Refusal("mais de um recado tem um id que começa com \"" + id +
-                "\"; digite mais letras de um destes:" + fitting);
+  throw Failure("mais de um recado começa com " + id + "; digite mais letras:" + ids);
 }
 
-Destino findDestino(Inbox& inbox, const std::string& name) {
-  if (auto destino = inbox.store.destinoNamed(name)) return *std::move(destino);
-  std::string known;
-  for (const Destino& destino : inbox.store.destinos()) known += " \"" + destino.name + "\"";
-  throw Refusal("não há nenhum destino \"" + name + "\"; os que existem:" + known);
+Destino foundDestino(Inbox& inbox, const std::string& name) {
+  if (auto destino = inbox.destinoNamed(name)) return *std::move(destino);
+  std::string names;
+  for (const Destino& destino : inbox.destinos()) names += " \"" + destino.name + "\"";
+  throw Failure("não há destino \"" + name + "\"; os que há:" + names);
 }
 
-/// `text` without white space around it. A NUL, where the store would end it, becomes a blank.
+/// `text` without white space around it. A NUL, which would end it in the store, becomes a blank.
 std::string cleaned(Inbox& inbox, std::string text) {
   std::replace(text.begin(), text.end(), '\0', ' ');
-  constexpr const char* whiteSpace =
-      "\t\n\v\f\r \u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009"
-      "\u200A\u2028\u2029\u202F\u205F\u3000";
-  const auto rows = inbox.store.db().query("SELECT trim(?, ?) AS text",
-                                           {SQLValue::text(text), SQLValue::text(whiteSpace)});
-  return rows.at(0).stringValue("text").value_or("");
+  constexpr const char* trim =
+      "SELECT trim(?, '\t\n\v\f\r \u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006"
+      "\u2007\u2008\u2009\u200A\u2028\u2029\u202F\u205F\u3000') AS text";
+  return inbox.rows(trim, text).at(0).stringValue("text").value_or("");
 }
 
-void note(Inbox& inbox, const Arguments& arguments) {
-  termios settings{};
-  if (arguments.empty() && tcgetattr(0, &settings) == 0) {
-    std::cerr << "Escreva o recado e termine com Ctrl-D numa linha vazia.\n";
-  }
-  const std::string text =
-      cleaned(inbox, arguments.empty() ? std::string(std::istreambuf_iterator<char>(std::cin), {})
-                                       : arguments[0]);
-  if (text.empty()) throw Refusal("o recado está vazio, e nada foi guardado");
-  const auto destino = TroviText::destinoMentioned(text, inbox.store.destinos());
-  const std::string id = newID();
-  inbox.store.insert({.id = id,
-                      .createdAt = now(),
-                      .duration = 0,
-                      .transcript = text,
-                      .title = TroviText::titleFrom(text),
-                      .destinoID = destino ? std::optional(destino->id) : std::nullopt,
-                      .status = RecadoStatus::pendente});
-  confirm(inbox, id);
+/// A new message, not yet in the inbox.
+Recado drafted(const Inbox& inbox, const std::string& text) {
+  const auto destino = TroviText::destinoMentioned(text, inbox.destinos());
+  const auto destinoID = destino ? std::optional(destino->id) : std::nullopt;
+  return {newID(), now(), 0, {}, text, TroviText::titleFrom(text), destinoID, pendente};
 }
 
-/// Lets the program transcribe the recording of a message that is `transcrevendo`.
-void transcribe(Inbox& inbox, const Recado& recado, Arguments command) {
-  const std::string program = command.front();
-  std::cerr << shown("transcrevendo o recado " + shortID(recado.id) + "; a gravação está em " +
-                     *recado.audioPath)
-            << std::endl;
-  command.push_back(*recado.audioPath);
-  auto [output, failure] = cli::run(std::move(command));
-  const std::string transcript = cleaned(inbox, output);
-  if (failure.empty() && transcript.empty()) failure = "não imprimiu nada";
-  // It took long: another program may have finished the message, and an assistant taken it.
-  const auto current = inbox.store.recado(recado.id);
-  if (!current || current->status != RecadoStatus::transcrevendo) {
-    throw Refusal("o recado " + shortID(recado.id) + " mudou enquanto isso e ficou como está; " +
-                  program + " imprimiu: " + transcript);
-  }
-  if (!failure.empty()) {
-    inbox.store.setStatus(recado.id, RecadoStatus::falhou);
-    throw Refusal(program + " " + failure + "; o recado e a gravação ficam. Tente outra vez: " +
-                  "trovi transcribe --again " + shortID(recado.id) + " " + program + " …");
-  }
-  const auto destino = TroviText::destinoMentioned(transcript, inbox.store.destinos());
-  inbox.store.finishTranscription({.id = recado.id,
-                                   .transcript = transcript,
-                                   .title = TroviText::titleFrom(transcript),
-                                   .destinoID = destino ? destino->id : current->destinoID,
-                                   .language = current->language});
+void note(Inbox& inbox, const Words& words) {
+  using Input = std::istreambuf_iterator<char>;
+  const std::string text = words.empty() ? std::string(Input(std::cin), {}) : words[0];
+  const Recado recado = drafted(inbox, cleaned(inbox, text));
+  if (recado.transcript.empty()) throw Failure("o recado está vazio, e nada foi guardado");
+  inbox.insert(recado);
   confirm(inbox, recado.id);
 }
 
-void transcribeNew(Inbox& inbox, const Arguments& arguments) {
-  const std::filesystem::path recording = arguments[0];
-  Recado recado{.id = newID(),
-                .createdAt = now(),
-                .duration = 0,
-                .transcript = "",
-                .title = recording.filename().string(),
-                .status = RecadoStatus::transcrevendo};
-  mkdir(inbox.recordings.c_str(), 0700);  // if there is none
-  std::filesystem::path copy = inbox.recordings / recado.id;
-  copy += recording.extension();
-  if (!cli::copyPrivately(recording, copy)) {
-    throw Refusal("não consegui copiar \"" + recording.string() + "\" para \"" +
-                  inbox.recordings.string() + "\"; veja se a gravação existe e se há espaço livre");
-  }
-  recado.audioPath = copy.string();
-  recado.duration = cli::wavSeconds(copy);
-  try {
-    inbox.store.insert(recado);
-  } catch (...) {
-    std::filesystem::remove(copy);
-    throw;
-  }
-  transcribe(inbox, recado, {arguments.begin() + 1, arguments.end()});
-}
+enum : std::uint32_t { riff = 0x46464952, wave = 0x45564157, fmt = 0x20746D66, data = 0x61746164 };
 
-void transcribeAgain(Inbox& inbox, const Arguments& arguments) {
-  const Recado recado = find(inbox, arguments[0]);
-  if (recado.status != RecadoStatus::falhou && recado.status != RecadoStatus::transcrevendo) {
-    throw Refusal("o recado " + shortID(recado.id) + " já foi transcrito; para lê-lo: trovi show " +
-                  shortID(recado.id));
-  }
-  if (!recado.audioPath || !std::filesystem::is_regular_file(*recado.audioPath)) {
-    throw Refusal("falta a gravação do recado " + shortID(recado.id) + ": " +
-                  recado.audioPath.value_or("ele não tem nenhuma"));
-  }
-  inbox.store.setStatus(recado.id, RecadoStatus::transcrevendo);
-  transcribe(inbox, recado, {arguments.begin() + 1, arguments.end()});
-}
-
-void list(Inbox& inbox, const Arguments& arguments) {
-  const bool all = !arguments.empty() && arguments[0] == "todos";
-  std::optional<RecadoStatus> status;
-  if (!arguments.empty() && !all) {
-    status = fromRawValue<RecadoStatus>(arguments[0]);
-    if (!status) throw WrongUse{};
-  }
-  const auto destinos = inbox.store.destinos();
-  bool isEmpty = true;
-  for (const Recado& recado : inbox.store.recados({.status = status, .limit = -1})) {
-    if (!all && !status && recado.status == RecadoStatus::resolvido) continue;
-    std::cout << line(recado, destinos) << '\n';
-    isEmpty = false;
-  }
-  if (isEmpty) std::cerr << "nenhum recado\n";
-}
-
-void show(Inbox& inbox, const Arguments& arguments) {
-  const Recado recado = find(inbox, arguments[0]);
-  const auto destino = inbox.store.destino(recado.destinoID);
-  const auto field = [](const char* name, const std::optional<std::string>& value) {
-    if (value) std::cout << name << ": " << shown(*value, "\n    ") << '\n';
+/// The length of a WAV file in seconds, as far as the file goes; 0 for another.
+double wavSeconds(const path& recording) {
+  std::ifstream in(recording, std::ios::binary);
+  const auto number = [&in] {  // four bytes, the lowest first; the names are read so too
+    std::uint32_t value = 0;
+    for (unsigned shift = 0; shift < 32; shift += 8)
+      value |= std::uint32_t(in.get() & 0xFF) << shift;
+    return value;
   };
-  const auto time = [&](const char* name, const std::optional<Date>& value) {
-    if (value) field(name, localTime(*value));
-  };
-  field("id", recado.id);
-  field("status", std::string(rawValue(recado.status)));
-  time("gravado em", recado.createdAt);
-  std::cout << "duração: " << recado.duration << " s\n";
-  field("gravação", recado.audioPath);
-  field("idioma", recado.language);
-  field("destino", destino ? std::optional(destino->name) : recado.destinoID);
-  if (destino) field("instrução", destino->instruction);
-  field("pego por", recado.claimedBy);
-  time("pego em", recado.claimedAt);
-  time("resolvido em", recado.resolvedAt);
-  field("resultado", recado.result);
-  field("título", recado.title);
-  field("transcrição", recado.transcript);
+
+  double bytesPerSecond = 0;
+  if (number() != riff || (number(), number()) != wave) return 0;
+  for (int chunk = 0; in && chunk < 100; ++chunk) {  // a hostile file has no end of them
+    const std::uint32_t name = number();
+    const std::uint32_t size = number();
+    const std::streamoff start = in.tellg();
+    if (name == fmt) bytesPerSecond = (number(), number(), number());
+    if (name == data && bytesPerSecond > 0) {
+      const auto left = static_cast<double>(in.seekg(0, std::ios::end).tellg() - start);
+      return (size > 0 ? std::min<double>(size, left) : left) / bytesPerSecond;  // 0: a stream
+    }
+    in.seekg(start + size + size % 2);
+  }
+  return 0;
 }
 
-void file(Inbox& inbox, const Arguments& arguments) {
-  const std::string id = find(inbox, arguments[0]).id;
-  std::optional<std::string> destinoID;
-  if (arguments.size() > 1) destinoID = findDestino(inbox, arguments[1]).id;
-  inbox.store.setDestino({.id = id, .destinoID = destinoID});
+/// What a program prints on standard output, and what went wrong, if anything did.
+std::pair<std::string, std::string> outputOf(Words command) {
+  // Unlike a pipe, a file takes any amount, and nobody waits for a program left in the background.
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
+  if (!file) return {"", "não começou: não há espaço para arquivos temporários"};
+  fcntl(fileno(file.get()), F_SETFD, FD_CLOEXEC);
+  command.push_back(nullptr);
+  posix_spawn_file_actions_t actions{};
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, fileno(file.get()), 1);
+  // Our own input may be a loop's list of recordings, and is not for the program to read.
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  std::signal(SIGCHLD, SIG_DFL);  // if our caller ignores it, the status would be lost
+  pid_t child = 0;
+  int status = posix_spawnp(&child, command[0], &actions, nullptr, command.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  if (status != 0) return {"", "não existe ou não é um programa"};
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  std::string output;
+  std::rewind(file.get());
+  for (int c = 0; (c = std::getc(file.get())) != EOF;) output += static_cast<char>(c);
+  return {output, status == 0 ? "" : WIFSIGNALED(status) ? "foi interrompido" : "falhou"};
+}
+
+/// Has a program transcribe the recording of a message.
+void again(Inbox& inbox, const Words& words) {
+  const Recado recado = found(inbox, words[0]);
+  const std::string id = recado.id.substr(0, 8);
+  const std::string program = words[1];
+  std::string recording = recado.audioPath.value_or("");
+  if (recado.status != falhou && recado.status != transcrevendo) {
+    throw Failure("o recado " + id + " já tem texto; para ler: trovi show " + id);
+  }
+  if (!std::ifstream(recording)) throw Failure("falta a gravação de " + id + ": " + recording);
+  inbox.setStatus(recado.id, transcrevendo);
+  std::cerr << shown("transcrevendo " + id + "; a gravação está em " + recording) + "\n";
+  Words command(words.begin() + 1, words.end());
+  command.push_back(recording.data());
+  auto [output, failure] = outputOf(command);
+  const Recado draft = drafted(inbox, cleaned(inbox, output));
+  if (failure.empty() && draft.transcript.empty()) failure = "não imprimiu nada";
+  const Recado current = found(inbox, recado.id);
+  if (current.status != transcrevendo) {
+    throw Failure(id + " mudou enquanto isso e fica como está; o texto era: " + draft.transcript);
+  }
+  if (!failure.empty()) {
+    inbox.setStatus(recado.id, falhou);
+    throw Failure(program + " " + failure + "; a gravação está guardada. Tente outra vez: " +
+                  "trovi transcribe --again " + id + " " + program + " …");
+  }
+  inbox.finishTranscription({.id = recado.id,
+                             .transcript = draft.transcript,
+                             .title = draft.title,
+                             .destinoID = draft.destinoID ? draft.destinoID : current.destinoID,
+                             .language = current.language});
+  confirm(inbox, recado.id);
+}
+
+/// Copies a file, or a part of it, to a new one. Whether it is all of it, and not empty.
+bool copied(const path& from, const path& to) {
+  std::ifstream in(from, std::ios::binary);
+  std::ofstream out(to, std::ios::binary);
+  out << in.rdbuf();  // does not report a full disk
+  out.close();
+  return out && in.peek() == EOF;
+}
+
+/// Copies a recording and files a message for it, to be transcribed.
+void transcribe(Inbox& inbox, const Words& words) {
+  const path recording = words[0];
+  Recado recado = drafted(inbox, "");
+  const std::string copy = inbox.recordings / (recado.id + recording.extension().string());
+  std::unique_ptr<const char, int (*)(const char*)> orphan(copy.c_str(), std::remove);
+  mkdir(inbox.recordings.c_str(), 0700);
+  if (!copied(recording, copy)) {
+    throw Failure("não copiei " + recording.string() + " para " + inbox.recordings.string() +
+                  "; veja se a gravação existe e não está vazia, e se há espaço");
+  }
+  recado.title = recording.filename().string();
+  recado.status = transcrevendo;
+  recado.audioPath = copy;
+  recado.duration = wavSeconds(copy);
+  inbox.insert(recado);
+  static_cast<void>(orphan.release());
+  Words filed = words;
+  filed[0] = recado.id.data();
+  again(inbox, filed);
+}
+
+void list(Inbox& inbox, const Words& words) {
+  const std::string status = words.empty() ? "" : words[0];
+  const bool isStatus = status == "todos" || fromRawValue<RecadoStatus>(status);
+  if (!words.empty() && !isStatus) throw WrongUse{};
+  const char* condition = isStatus ? "?1 IN (status, 'todos')" : "status IS NOT 'resolvido'";
+  print(inbox.rows(std::string(line) + condition + " ORDER BY created_at DESC", status), " ");
+}
+
+void show(Inbox& inbox, const Words& words) {
+  print(inbox.rows(everything, found(inbox, words[0]).id), "\n    ");
+}
+
+void file(Inbox& inbox, const Words& words) {
+  Recado recado = found(inbox, words[0]);
+  recado.destinoID.reset();
+  if (words.size() > 1) recado.destinoID = foundDestino(inbox, words[1]).id;
+  inbox.setDestino({.id = recado.id, .destinoID = recado.destinoID});
+  confirm(inbox, recado.id);
+}
+
+void reopen(Inbox& inbox, const Words& words) {
+  const std::string id = found(inbox, words[0]).id;
+  inbox.reopen(id);
   confirm(inbox, id);
 }
 
-void reopen(Inbox& inbox, const Arguments& arguments) {
-  const std::string id = find(inbox, arguments[0]).id;
-  inbox.store.reopen(id);
-  confirm(inbox, id);
+void deleteRecado(Inbox& inbox, const Words& words) {
+  const Recado recado = found(inbox, words[0]);
+  const std::string recording = recado.audioPath.value_or("nenhuma");
+  inbox.deleteRecado(recado.id);
+  std::cout << shown("apagado: " + recado.title + "; gravação: " + recording) << '\n';
+  if (std::ifstream(recording)) throw Failure("a gravação ficou; apague você: " + recording);
 }
 
-void deleteRecado(Inbox& inbox, const Arguments& arguments) {
-  const Recado recado = find(inbox, arguments[0]);
-  const std::string was = line(recado, inbox.store.destinos());
-  inbox.store.deleteRecado(recado.id);
-  std::cout << "apagado: " << was << '\n';
-  if (!recado.audioPath) return;
-  std::error_code unknown;
-  if (std::filesystem::exists(*recado.audioPath, unknown)) {
-    throw Refusal("o recado foi apagado, mas a gravação não; apague você: " + *recado.audioPath);
-  }
-  std::cout << "gravação apagada: " << shown(*recado.audioPath) << '\n';
+void destinos(Inbox& inbox, const Words& /*none*/) {
+  constexpr const char* all = "SELECT name || ': ' || instruction FROM destino ORDER BY sort, name";
+  print(inbox.rows(all, ""), "\n    ");
 }
 
-void listDestinos(Inbox& inbox, const Arguments&) {
-  const auto destinos = inbox.store.destinos();
-  for (const Destino& destino : destinos) {
-    std::cout << shown(destino.name) << ": " << shown(destino.instruction, "\n    ") << '\n';
-  }
-  if (destinos.empty()) std::cerr << "nenhum destino\n";
+void destino(Inbox& inbox, const Words& words) {
+  const std::string name = cleaned(inbox, words[0]);  // a blank at its end would hide it
+  if (name.empty()) throw Failure("o destino precisa de um nome");
+  const auto others = inbox.destinos();
+  const auto sort = others.empty() ? 0 : std::min(others.back().sort, INT64_MAX - 1) + 1;
+  auto destino = inbox.destinoNamed(name).value_or(Destino{newID(), name, "", "#FF6A1C", sort});
+  destino.instruction = words[1];
+  inbox.saveDestino(destino);
+  std::cout << shown(destino.name + ": " + destino.instruction, "\n    ") << '\n';
 }
 
-void saveDestino(Inbox& inbox, const Arguments& arguments) {
-  const std::string name = cleaned(inbox, arguments[0]);  // else a blank at its end would hide it
-  if (name.empty()) throw Refusal("um destino precisa de um nome");
-  auto destino = inbox.store.destinoNamed(name);
-  const char* done = destino ? "instrução mudada: " : "destino criado: ";
-  if (!destino) {
-    const auto others = inbox.store.destinos();
-    constexpr auto most = std::numeric_limits<std::int64_t>::max();
-    destino = {.id = newID(),
-               .name = name,
-               .instruction = "",
-               .colorHex = "#FF6A1C",
-               .sort = others.empty() ? 0 : std::min(others.back().sort, most - 1) + 1};
-  }
-  destino->instruction = arguments[1];
-  inbox.store.saveDestino(*destino);
-  std::cout << done << shown(destino->name) << '\n';
+void deleteDestino(Inbox& inbox, const Words& words) {
+  const Destino destino = foundDestino(inbox, words[0]);
+  const auto filed = inbox.recados({.destinoID = destino.id, .limit = -1}).size();
+  inbox.deleteDestino(destino.id);
+  std::cout << shown("apagado: " + destino.name) << "; recados agora sem destino: " << filed
+            << '\n';
 }
 
-void deleteDestino(Inbox& inbox, const Arguments& arguments) {
-  const Destino destino = findDestino(inbox, arguments[0]);
-  const auto filed = inbox.store.recados({.destinoID = destino.id, .limit = -1}).size();
-  inbox.store.deleteDestino(destino.id);
-  std::cout << "destino apagado: " << shown(destino.name)
-            << "; recados que ficaram sem destino: " << filed << '\n';
-}
-
-void counts(Inbox& inbox, const Arguments&) {
-  auto counts = inbox.store.counts();
-  for (const RecadoStatus status : allCases<RecadoStatus>()) {
+void counts(Inbox& inbox, const Words& /*none*/) {
+  auto counts = inbox.counts();
+  for (const RecadoStatus status : allCases<RecadoStatus>())
     std::cout << rawValue(status) << ": " << counts[status] << '\n';
-  }
-  std::cout << "neste mês: " << inbox.store.countThisMonth() << '\n';
+  std::cout << "neste mês: " << inbox.countThisMonth() << '\n';
 }
 
 struct Verb {
-  std::string_view name, operands, purpose;
-  std::size_t least, most;  ///< operands
-  void (*perform)(Inbox&, const Arguments&);
+  std::string_view name;
+  std::size_t least, most;  ///< words after it
+  void (*perform)(Inbox&, const Words&);
 };
-constexpr std::size_t any = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t any = SIZE_MAX;
 constexpr Verb verbs[] = {
-    {"note", " [TEXTO]", "guarda um recado; sem TEXTO, lê a entrada padrão", 0, 1, note},
-    {"transcribe", " GRAVAÇÃO COMANDO [ARGUMENTO…]",
-     "guarda uma gravação e o texto que COMANDO imprime ao recebê-la como último argumento", 2, any,
-     transcribeNew},
-    {"transcribe --again", " ID COMANDO [ARGUMENTO…]",
-     "o mesmo para um recado cuja transcrição falhou ou foi interrompida", 2, any, transcribeAgain},
-    {"list", " [STATUS]",
-     "lista os recados, do mais novo ao mais antigo, sem os resolvidos; STATUS: transcrevendo, "
-     "pendente, pego, resolvido, falhou ou todos",
-     0, 1, list},
-    {"show", " ID", "mostra tudo de um recado; do ID basta o começo", 1, 1, show},
-    {"file", " ID [DESTINO]", "põe um recado em outro destino, ou em nenhum", 1, 2, file},
-    {"reopen", " ID", "torna um recado pendente outra vez, sem quem o pegou e sem resultado", 1, 1,
-     reopen},
-    {"delete", " ID", "apaga um recado e a gravação dele", 1, 1, deleteRecado},
-    {"destinos", "", "lista os destinos com as suas instruções", 0, 0, listDestinos},
-    {"destino", " NOME INSTRUÇÃO", "cria um destino, ou muda a instrução dele", 2, 2, saveDestino},
-    {"destino --delete", " NOME", "apaga um destino; os recados ficam, sem destino", 1, 1,
-     deleteDestino},
-    {"counts", "", "conta os recados por status, e os deste mês", 0, 0, counts},
+    {"note", 0, 1, note},
+    {"transcribe", 2, any, transcribe},
+    {"transcribe --again", 2, any, again},
+    {"list", 0, 1, list},
+    {"show", 1, 1, show},
+    {"file", 1, 2, file},
+    {"reopen", 1, 1, reopen},
+    {"delete", 1, 1, deleteRecado},
+    {"destinos", 0, 0, destinos},
+    {"destino", 2, 2, destino},
+    {"destino --delete", 1, 1, deleteDestino},
+    {"counts", 0, 0, counts},
 };
 
-std::string usage() {
-  std::string text = "uso: trovi [--inbox ARQUIVO] VERBO …, com um destes:\n";
-  for (const Verb& verb : verbs) {
-    text.append("  trovi ").append(verb.name).append(verb.operands).append("\n      ");
-    text.append(verb.purpose).append("\n");
+void run(Words words) {
+  path file;
+  if (words.size() > 1 && words[0] == std::string_view("--inbox") && *words[1] != '\0') {
+    file = std::filesystem::absolute(words[1]);
+    words.erase(words.begin(), words.begin() + 2);
   }
-  return text + "  trovi --version\n  trovi --help\n";
-}
-
-void run(Arguments arguments) {
-  std::filesystem::path file;
-  if (arguments.size() > 1 && arguments[0] == "--inbox" && !arguments[1].empty()) {
-    file = std::filesystem::absolute(arguments[1]);
-    arguments.erase(arguments.begin(), arguments.begin() + 2);
+  if (words.empty()) throw WrongUse{};
+  std::string name = words[0];
+  words.erase(words.begin());
+  if (!words.empty() && std::string_view(words[0]).starts_with("--")) {  // an option of the verb
+    name.append(" ").append(words[0]);
+    words.erase(words.begin());
   }
-  if (arguments.empty()) throw WrongUse{};
-  std::string name = arguments[0];
-  arguments.erase(arguments.begin());
-  // Only the first argument can be an option: what follows is the user's own, to the last one.
-  if (!arguments.empty() && arguments[0].starts_with("--")) {
-    if (arguments[0] != "--") name += " " + arguments[0];
-    arguments.erase(arguments.begin());
-  }
-  if (name.ends_with("--help")) {
-    std::cout << usage();
-    return;
-  }
-  if (name == "--version") {
-    std::cout << "trovi " TROVI_VERSION << '\n';
-    return;
-  }
+  if (name == "--version") return void(std::cout << "trovi " TROVI_VERSION "\n");
+  if (name.ends_with("--help")) return void(std::cout << usage);
   const auto verb = std::find_if(std::begin(verbs), std::end(verbs), [&](const Verb& each) {
-    return each.name == name && arguments.size() >= each.least && arguments.size() <= each.most;
+    return name == each.name && words.size() >= each.least && words.size() <= each.most;
   });
   if (verb == std::end(verbs)) throw WrongUse{};
-  if (file.empty()) file = TroviPaths::databaseURL();
-  Inbox inbox{.store = TroviStore(file), .recordings = file.parent_path() / "Audio"};
-  verb->perform(inbox, arguments);
+  Inbox inbox(file.empty() ? TroviPaths::databaseURL() : file);
+  verb->perform(inbox, words);
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
+  umask(077);  // what is made from a recording is private, too
   try {
     run({arguments + std::min(count, 1), arguments + count});
-    if (!std::cout.flush()) throw Refusal("não consegui escrever na saída padrão");
+    if (!std::cout.flush()) throw Failure("não consegui escrever na saída padrão");
     return 0;
   } catch (const WrongUse&) {
-    std::cerr << usage();
+    std::cerr << usage;
     return 2;
   } catch (const std::exception& error) {
-    std::cerr << "trovi: " << shown(error.what()) << '\n';
+    std::cerr << "trovi: " + shown(error.what()) + "\n";
     return 1;
   }
 }
