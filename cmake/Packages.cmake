@@ -122,8 +122,8 @@ set(CPACK_DEBIAN_TROVI-MCP_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TROVI-MCP_DESCRIPTION "${PROJECT_DESCRIPTION}
 A recording application transcribes spoken notes and files them. Through this
 local server of the Model Context Protocol an AI assistant lists, reads,
-claims, resolves and searches them. With the command trovi a person does without
-such an application. The texts are in one SQLite file on this machine, the
+claims, resolves and searches them. With the command trovi a person needs no
+such application. The texts are in one SQLite file on this machine, the
 recordings in a folder beside it; neither program opens a connection.")
 set(CPACK_DEBIAN_TROVICORE_PACKAGE_NAME libtrovicore-dev)
 set(CPACK_DEBIAN_TROVICORE_PACKAGE_SECTION libdevel)
