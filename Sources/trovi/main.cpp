@@ -254,7 +254,8 @@ bool copied(const path& from, const path& to) {
 void transcribe(Inbox& inbox, const Words& words) {
   const path recording = words[0];
   Recado recado = drafted(inbox, "");
-  const std::string copy = inbox.recordings / (recado.id + recording.extension().string());
+  const std::string copy = inbox.recordings / (recado.id + shown(recording.extension().string()));
+  if (shown(copy) != copy) throw Failure("a pasta das gravações tem um nome estranho: " + copy);
   std::unique_ptr<const char, int (*)(const char*)> orphan(copy.c_str(), std::remove);
   mkdir(inbox.recordings.c_str(), 0700);
   if (!copied(recording, copy)) {
