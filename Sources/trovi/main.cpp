@@ -44,7 +44,7 @@ struct WrongUse {};
 constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] e um destes:
   note [TEXTO]             guarda um recado; sem TEXTO, lê a entrada padrão
   transcribe GRAVAÇÃO COMANDO [ARGUMENTO…]
-                           guarda uma gravação e o texto que COMANDO imprime ao recebê-la no fim
+                           guarda a gravação, com o texto que COMANDO [ARGUMENTO…] GRAVAÇÃO imprime
   transcribe --again ID COMANDO [ARGUMENTO…]
                            o mesmo para um recado cuja transcrição falhou ou parou no meio
   list [STATUS]            lista os recados, o mais novo primeiro, sem os resolvidos; STATUS:

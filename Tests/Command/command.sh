@@ -26,8 +26,8 @@ first=$(id pendente)
 says 0 '^transcrição: Anota pra ROADMAP: um mapa$' show "$first"
 says 0 "^      \[31m 2J $(printf '\357\277\275')\$" show "$first"
 says 1 vazio note "$(printf ' \342\200\250')"
-says 2 '^uso: ' note --texto
-says 2 '^uso: ' list Pendente
+# shellcheck disable=SC2086
+for use in '' nota 'note --texto' 'list Pendente' show 'file a b c' --inbox; do says 2 '^uso: ' $use; done
 says 0 nenhum list pego
 for n in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16; do says 0 "  -  $n\$" note $n; done
 twice=$("$trovi" --inbox inbox list | cut -c 1 | sort | uniq -d | head -n 1)  # there are sixteen digits
@@ -60,12 +60,15 @@ for bad in false true ./killer ./missing; do
   says 1 "$bad.*trovi transcribe --again" transcribe note.wav "$bad"
   says 0 '  Ideias soltas  y para' transcribe --again "$(id falhou)" ./recogniser y
 done
+# shellcheck disable=SC2016
+says 1 'fica como está' transcribe note.wav sh -c '"$0" --inbox inbox reopen "$(basename "$1" .wav)"' "$trovi"
 says 137 'transcrevendo .*/Audio/' transcribe note.wav ./killer x
 cut_off=$(id transcrevendo)
 cmp note.wav Audio/"$cut_off"*.wav
-says 0 '  Ideias soltas  z para' transcribe --again "$cut_off" ./recogniser z
+says 0 '  Roadmap  note.wav$' file "$cut_off" roadmap
+says 0 '  Roadmap  z /' transcribe --again "$cut_off" echo z
 says 1 "trovi show $cut_off" transcribe --again "$cut_off" ./recogniser z
-says 0 "^apagado: z para.*/Audio/$cut_off" delete "$cut_off"
-[ "$(find Audio -type f -perm 600 | grep -c .)" -eq 5 ]
-says 0 '^pendente: 22$' counts
+says 0 "^apagado: z /.*/Audio/$cut_off" delete "$cut_off"
+[ "$(find Audio -type f -perm 600 | grep -c .)" -eq 6 ]
+says 0 '^pendente: 23$' counts
 if "$trovi" --inbox inbox list >&- 2>out || ! grep -q 'saída padrão' out; then exit 1; fi
