@@ -210,35 +210,35 @@ std::pair<std::string, std::string> outputOf(Words command) {
 /// Has a program transcribe the recording of a message.
 void again(Inbox& inbox, const Words& words) {
   const Recado recado = found(inbox, words[0]);
-  const std::string id = recado.id.substr(0, 8);
+  const std::string& id = recado.id;
   const std::string program = words[1];
   std::string recording = recado.audioPath.value_or("");
   if (recado.status != falhou && recado.status != transcrevendo) {
     throw Failure("o recado " + id + " já tem texto; para ler: trovi show " + id);
   }
   if (!std::ifstream(recording)) throw Failure("falta a gravação de " + id + ": " + recording);
-  inbox.setStatus(recado.id, transcrevendo);
+  inbox.setStatus(id, transcrevendo);
   std::cerr << shown("transcrevendo " + id + "; a gravação está em " + recording) + "\n";
   Words command(words.begin() + 1, words.end());
   command.push_back(recording.data());
   auto [output, failure] = outputOf(command);
   const Recado draft = drafted(inbox, cleaned(inbox, output));
   if (failure.empty() && draft.transcript.empty()) failure = "não imprimiu nada";
-  const Recado current = found(inbox, recado.id);
+  const Recado current = found(inbox, id);
   if (current.status != transcrevendo) {
     throw Failure(id + " mudou enquanto isso e fica como está; o texto era: " + draft.transcript);
   }
   if (!failure.empty()) {
-    inbox.setStatus(recado.id, falhou);
+    inbox.setStatus(id, falhou);
     throw Failure(program + " " + failure + "; a gravação está guardada. Tente outra vez: " +
                   "trovi transcribe --again " + id + " " + program + " …");
   }
-  inbox.finishTranscription({.id = recado.id,
+  inbox.finishTranscription({.id = id,
                              .transcript = draft.transcript,
                              .title = draft.title,
                              .destinoID = draft.destinoID ? draft.destinoID : current.destinoID,
                              .language = current.language});
-  confirm(inbox, recado.id);
+  confirm(inbox, id);
 }
 
 /// Copies a file, or a part of it, to a new one. Whether it is all of it, and not empty.
@@ -301,9 +301,9 @@ void reopen(Inbox& inbox, const Words& words) {
 
 void deleteRecado(Inbox& inbox, const Words& words) {
   const Recado recado = found(inbox, words[0]);
-  const std::string recording = recado.audioPath.value_or("nenhuma");
+  const std::string recording = recado.audioPath.value_or("");
   inbox.deleteRecado(recado.id);
-  std::cout << shown("apagado: " + recado.title + "; gravação: " + recording) << '\n';
+  std::cout << shown("apagado: " + recado.title + "  " + recording) << '\n';
   if (std::ifstream(recording)) throw Failure("a gravação ficou; apague você: " + recording);
 }
 
