@@ -1,5 +1,5 @@
-# What `cmake --install` puts down: the server, component trovi-mcp, and for programs that link the
-# library component TroviCore. Its package and pkg-config file find their way from where they lie,
+# What `cmake --install` puts down: the server and the command, component trovi-mcp, and for programs that
+# link the library component TroviCore. Its package and pkg-config file find their way from where they lie,
 # so the folder may be moved.
 
 # Debian's tools look for libraries here, below /usr and below /usr/local.
@@ -51,14 +51,14 @@ configure_file(cmake/TroviCore.pc.in "${package_files}/TroviCore.pc" @ONLY)
 install(FILES "${package_files}/TroviCore.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT TroviCore)
 
-# The server finds a shared library of ours where it was installed with it.
+# The executables find a shared library of ours where it was installed with them.
 if(TROVI_BUILD_SERVER)
   trovi_install_folders(trovi-mcp "${CMAKE_INSTALL_BINDIR}")
-  install(TARGETS trovi-mcp COMPONENT trovi-mcp)
+  install(TARGETS trovi-mcp trovi COMPONENT trovi-mcp)
   if(BUILD_SHARED_LIBS)
     file(RELATIVE_PATH libdir_from_bindir
       "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
-    set_target_properties(trovi-mcp PROPERTIES INSTALL_RPATH
+    set_target_properties(trovi-mcp trovi PROPERTIES INSTALL_RPATH
       "$<IF:$<BOOL:${APPLE}>,@loader_path,$ORIGIN>/${libdir_from_bindir}")
   endif()
 endif()

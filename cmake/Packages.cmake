@@ -1,6 +1,6 @@
 # What packages contain beside the programs and the library, and the packages, which Scripts/package makes
 # in packages/ of the build tree:
-#   trovi-mcp-*.tar.gz                        target archives: the server, to be unpacked anywhere
+#   trovi-mcp-*.tar.gz                        target archives: both executables, to be unpacked anywhere
 #   trovi-*.mcpb                              target archives: the bundle that desktop assistants install
 #   trovi-mcp_*.deb, libtrovicore-dev_*.deb   cpack
 
@@ -45,26 +45,22 @@ configure_file(packaging/changelog.in "${generated}/changelog" @ONLY)
 configure_file(packaging/manifest.json.in "${generated}/manifest.json" @ONLY)
 configure_file(packaging/en-US.json.in "${generated}/mcpb-resources/en-US.json" @ONLY)
 configure_file(packaging/trovi-mcp.1.in "${generated}/trovi-mcp.1" @ONLY)
-execute_process(COMMAND gzip -9nf changelog trovi-mcp.1 WORKING_DIRECTORY "${generated}"
+configure_file(packaging/trovi.1.in "${generated}/trovi.1" @ONLY)
+execute_process(COMMAND gzip -9nf changelog trovi-mcp.1 trovi.1 WORKING_DIRECTORY "${generated}"
   COMMAND_ERROR_IS_FATAL ANY)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS LICENSE)
 
 # Both components, which Install.cmake begins, get what Debian asks for.
 set(document_folder "${CMAKE_INSTALL_DATAROOTDIR}/doc")
 trovi_install_folders(TroviCore "${document_folder}/libtrovicore-dev")
-trovi_install_folders(trovi-mcp "${document_folder}/trovi-mcp" "${CMAKE_INSTALL_MANDIR}/man1"
-  "${CMAKE_INSTALL_LIBEXECDIR}/trovi-mcp")
+trovi_install_folders(trovi-mcp "${document_folder}/trovi-mcp" "${CMAKE_INSTALL_MANDIR}/man1")
 set(documents "${generated}/copyright" "${generated}/changelog.gz" CHANGELOG.md)
 install(FILES ${documents} DESTINATION "${document_folder}/trovi-mcp" COMPONENT trovi-mcp)
 install(FILES ${documents} DESTINATION "${document_folder}/libtrovicore-dev" COMPONENT TroviCore)
-install(FILES "${generated}/trovi-mcp.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
-  COMPONENT trovi-mcp)
+install(FILES "${generated}/trovi-mcp.1.gz" "${generated}/trovi.1.gz"
+  DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT trovi-mcp)
 configure_file(cmake/InstallPages.cmake.in "${generated}/InstallPages.cmake" @ONLY)
 install(SCRIPT "${generated}/InstallPages.cmake" COMPONENT trovi-mcp)
-if(TARGET recorder)
-  install(TARGETS recorder RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/trovi-mcp"
-    COMPONENT trovi-mcp)
-endif()
 
 # The bundle, which nobody installs by hand.
 install(TARGETS trovi-mcp RUNTIME DESTINATION server COMPONENT bundle EXCLUDE_FROM_ALL)
@@ -76,7 +72,7 @@ install(DIRECTORY "${generated}/mcpb-resources" DESTINATION . COMPONENT bundle E
 if(APPLE)
   install(CODE "
     file(GLOB executables \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/trovi-mcp\"
-      \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBEXECDIR}/trovi-mcp/recorder\"
+      \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/trovi\"
       \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/server/trovi-mcp\")
     if(executables)
       execute_process(COMMAND codesign --force --sign - \${executables} COMMAND_ERROR_IS_FATAL ANY)
@@ -90,7 +86,7 @@ set(packages "${PROJECT_BINARY_DIR}/packages")
 set(machine "${PROJECT_VERSION}-${system}-${TROVI_PROCESSOR}")
 set(TROVI_BUNDLE  # read by Tests/Clients too
   "${packages}/trovi-${machine}.mcpb")
-set(archived bin/trovi-mcp ${CMAKE_INSTALL_LIBEXECDIR}/trovi-mcp/recorder
+set(archived bin/trovi bin/trovi-mcp ${CMAKE_INSTALL_MANDIR}/man1/trovi.1.gz
   ${CMAKE_INSTALL_MANDIR}/man1/trovi-mcp.1.gz)
 foreach(document changelog.gz CHANGELOG.md copyright LEIAME.md README.md)
   list(APPEND archived ${document_folder}/trovi-mcp/${document})
@@ -126,8 +122,9 @@ set(CPACK_DEBIAN_TROVI-MCP_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TROVI-MCP_DESCRIPTION "${PROJECT_DESCRIPTION}
 A recording application transcribes spoken notes and files them. Through this
 local server of the Model Context Protocol an AI assistant lists, reads,
-claims, resolves and searches them. The texts are in one SQLite file on this
-machine, the recordings in a folder beside it; the server opens no connection.")
+claims, resolves and searches them. With the command trovi a person needs no
+such application. The texts are in one SQLite file on this machine, the
+recordings in a folder beside it; neither program opens a connection.")
 set(CPACK_DEBIAN_TROVICORE_PACKAGE_NAME libtrovicore-dev)
 set(CPACK_DEBIAN_TROVICORE_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TROVICORE_PACKAGE_DEPENDS "libsqlite3-dev, libutf8proc-dev, uuid-dev")

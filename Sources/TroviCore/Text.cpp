@@ -90,6 +90,11 @@ bool isNamed(const Candidate& candidate, const ClusterText& span) {
 
 }  // namespace
 
+std::string TroviText::trimmed(std::string_view transcript) {
+  std::string storage;
+  return std::string(platform::trimmedWhiteSpace(platform::repairedUTF8(transcript, storage)));
+}
+
 std::string TroviText::titleFrom(std::string_view transcript) {
   std::string storage;
   const std::string_view text =

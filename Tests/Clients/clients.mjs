@@ -9,13 +9,13 @@ import test from 'node:test';
 import { Client } from '@modelcontextprotocol/sdk/client/index.js';
 import { StdioClientTransport } from '@modelcontextprotocol/sdk/client/stdio.js';
 
-const { TROVI_SERVER, TROVI_RECORDER, TROVI_VERSION: version, TROVI_BUNDLE } = process.env;
+const { TROVI_SERVER, TROVI_COMMAND, TROVI_VERSION: version, TROVI_BUNDLE } = process.env;
 const run = (...words) => execFileSync(words[0], words.slice(1), { encoding: 'utf8' });
 
 test('the client works through an inbox, and the server is as its bundle says', async (t) => {
   const folder = mkdtempSync(join(tmpdir(), 'trovi-clients-'));
   t.after(() => rmSync(folder, { recursive: true }));
-  run('env', `HOME=${folder}`, TROVI_RECORDER, '--user', 'file', 'Manda pra Corvane: o botão some.');
+  run('env', `HOME=${folder}`, TROVI_COMMAND, 'note', 'Manda pra Corvane: o botão some.');
   const bundle = join(folder, 'bundle');
   const mcpb = (...words) => run(process.execPath, realpathSync('node_modules/.bin/mcpb'), ...words);
   const read = (name) => JSON.parse(readFileSync(join(bundle, name)));

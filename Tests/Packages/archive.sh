@@ -6,9 +6,8 @@ archive=$(package "$packages"/trovi-mcp-"$version"-*.tar.gz)
 
 tar -C "$work" --strip-components=1 -xzf "$archive"
 answers "$work/bin/trovi-mcp"
-recorder=$work/libexec/trovi-mcp/recorder
-[ "$("$recorder" "$work/notes/" file 'Pra roadmap: um mapa.' | sed -n 's/^destino: *//p')" = Roadmap ]
-for executable in "$work/bin/trovi-mcp" "$recorder"; do
+"$work/bin/trovi" --inbox "$work/notes" note 'Pra roadmap: um mapa.' | grep -q '  Roadmap  '
+for executable in "$work/bin/trovi-mcp" "$work/bin/trovi"; do
   objdump -p "$executable" >"$work/needs"
   if grep NEEDED "$work/needs" | grep -vE ' (libc|libm|libgcc_s|ld-linux.*)\.so\.[0-9]$'; then exit 1; fi
   # Only a build on a newer Debian may ask for a newer C library.
@@ -22,4 +21,6 @@ for page in README.md LEIAME.md; do
 done
 grep -q "^## $version\b" CHANGELOG.md
 grep -q '^---- .*utf8proc' copyright
-gzip -dc "$work/share/man/man1/trovi-mcp.1.gz" | grep -qF "Trovi $version"
+for page in trovi-mcp trovi; do
+  gzip -dc "$work/share/man/man1/$page.1.gz" | grep -qF "Trovi $version"
+done

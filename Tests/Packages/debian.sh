@@ -15,6 +15,7 @@ trap 'dpkg --purge trovi-mcp libtrovicore-dev; rm -rf "$work"' EXIT
 DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
   "$server_package" "$library_package"
 answers trovi-mcp
+[ "$(trovi --version)" = "trovi $version" ]
 cmake -S "$here/../Install/Consumer" -B "$work/build"
 cmake --build "$work/build"
 [ "$(pkg-config --modversion TroviCore)" = "$version" ]

@@ -18,6 +18,9 @@ namespace trovi {
 struct TROVI_EXPORT TroviText {
   TroviText() = delete;
 
+  /// The transcript without white space at either end, as valid UTF-8.
+  static std::string trimmed(std::string_view transcript);
+
   /// A title for the message: its first sentence that is not empty. A sentence ends before ".",
   /// "!", "?" or a line feed. One of more than 60 characters is cut before the last space among the
   /// first 60, or else after them, and "…" is appended. White space alone gives "Recado sem fala";
