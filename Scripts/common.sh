@@ -36,15 +36,24 @@ quietly() {
   log=$("$@" 2>&1) || { status=$?; printf '%s\n' "$log" >&2; return "$status"; }
 }
 
-# is_ours PRESET: whether its build is of the sources here, and not of a checkout that was moved or copied.
+# may_sudo: whether sudo lets the user in. It asks for the password only if it wants one, and while the
+# question can be seen.
+may_sudo() {
+  command -v sudo >/dev/null && { sudo -n true 2>/dev/null || sudo -v; }
+}
+
+# is_ours PRESET: whether it is configured, for the sources here and not for a checkout that was moved or
+# copied.
 is_ours() {
-  grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$1/CMakeCache.txt"
+  [ -f "build/$1/build.ninja" ] &&
+    grep -qsxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "build/$1/CMakeCache.txt"
 }
 
 # configure PRESET [OPTION...]
 configure() {
   fresh=
   is_ours "$1" || fresh=--fresh
+  rm -f "build/$1/build.ninja"  # comes back if this succeeds; the cache comes in any case
   # shellcheck disable=SC2086
   cmake $fresh --preset "$@"
 }
