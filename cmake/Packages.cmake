@@ -53,9 +53,11 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS LICENSE)
 # Both components, which Install.cmake begins, get what Debian asks for.
 set(document_folder "${CMAKE_INSTALL_DATAROOTDIR}/doc")
 trovi_install_folders(TroviCore "${document_folder}/libtrovicore-dev")
-trovi_install_folders(trovi-mcp "${document_folder}/trovi-mcp" "${CMAKE_INSTALL_MANDIR}/man1")
+trovi_install_folders(trovi-mcp "${document_folder}/trovi-mcp/docs" "${CMAKE_INSTALL_MANDIR}/man1")
 set(documents "${generated}/copyright" "${generated}/changelog.gz" CHANGELOG.md)
 install(FILES ${documents} DESTINATION "${document_folder}/trovi-mcp" COMPONENT trovi-mcp)
+install(FILES docs/manutencao.md docs/upkeep.md DESTINATION "${document_folder}/trovi-mcp/docs"
+  COMPONENT trovi-mcp)
 install(FILES ${documents} DESTINATION "${document_folder}/libtrovicore-dev" COMPONENT TroviCore)
 install(FILES "${generated}/trovi-mcp.1.gz" "${generated}/trovi.1.gz"
   DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT trovi-mcp)
@@ -88,7 +90,7 @@ set(TROVI_BUNDLE  # read by Tests/Clients too
   "${packages}/trovi-${machine}.mcpb")
 set(archived bin/trovi bin/trovi-mcp ${CMAKE_INSTALL_MANDIR}/man1/trovi.1.gz
   ${CMAKE_INSTALL_MANDIR}/man1/trovi-mcp.1.gz)
-foreach(document changelog.gz CHANGELOG.md copyright LEIAME.md README.md)
+foreach(document changelog.gz CHANGELOG.md copyright docs/manutencao.md docs/upkeep.md LEIAME.md README.md)
   list(APPEND archived ${document_folder}/trovi-mcp/${document})
 endforeach()
 list(TRANSFORM archived PREPEND "trovi-mcp-${machine}/")

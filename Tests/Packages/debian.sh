@@ -2,7 +2,7 @@
 # The Debian packages follow Debian's rules, and work once they are installed with what they ask for. They
 # are installed on request only, as root, and removed again.
 . "$(dirname "$0")/support.sh"
-command -v lintian >/dev/null || skip "there is no lintian"
+command -v lintian >/dev/null || skip "there is no lintian: Scripts/setup ci installs it"
 [ -n "${TROVI_INSTALL_PACKAGES-}" ] || skip "TROVI_INSTALL_PACKAGES=1 lets it install packages"
 server_package=$(package "$packages"/trovi-mcp_"$version"_*.deb)
 library_package=$(package "$packages"/libtrovicore-dev_"$version"_*.deb)
