@@ -5,7 +5,18 @@
 #include <string>
 
 #include "TemporaryFolder.h"
+#include "TroviCore/Coding.h"
 #include "TroviCore/Store.h"
+
+namespace trovi {
+
+/// @{
+/// How a failed comparison shows a record.
+inline void PrintTo(const Recado& recado, std::ostream* out) { *out << toJSON(recado); }
+inline void PrintTo(const Destino& destino, std::ostream* out) { *out << toJSON(destino); }
+/// @}
+
+}  // namespace trovi
 
 namespace trovi::tests {
 
