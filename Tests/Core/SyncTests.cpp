@@ -36,11 +36,9 @@ TEST_F(Sync, OffersMarkedMessagesOldestRecordingFirst) {
   EXPECT_EQ(store.pendingUploads(1).at(0).recado, tests::someRecado("b", 1000));
   other.execute("UPDATE recado SET dirty = 0 WHERE id = 'b'");
   EXPECT_EQ(offered(), "A2;a2;");
-}
-
-TEST_F(Sync, OffersTheTimeOfTheStateElseThatOfTheRecording) {
+  // With the time of the state, or else of the recording.
   other.execute(
-      "UPDATE recado SET updated_at = IIF(id = 'b', 5000.5, NULL);"
+      "UPDATE recado SET updated_at = IIF(id = 'b', 5000.5, NULL), dirty = 2;"
       "UPDATE recado SET created_at = 'x', dirty = 'x' WHERE id = 'a'");
   const auto uploads = store.pendingUploads(-1);
   EXPECT_EQ(uploads.at(0).updatedAt, 5000.5);
@@ -90,13 +88,8 @@ class RemoteState : public Sync {
   RemoteState() { other.execute("UPDATE recado SET updated_at = 2000, dirty = 7"); }
 
   bool apply(const std::string& id, double updatedAt) {
-    return store.applyRemoteStatus({.id = id,
-                                    .status = RecadoStatus::resolvido,
-                                    .claimedBy = "C",
-                                    .claimedAt = dateSince1970(3),
-                                    .result = "r",
-                                    .resolvedAt = dateSince1970(4),
-                                    .updatedAt = updatedAt});
+    return store.applyRemoteStatus(
+        {id, RecadoStatus::resolvido, "C", dateSince1970(3), "r", dateSince1970(4), updatedAt});
   }
   std::string states() {
     return each(
