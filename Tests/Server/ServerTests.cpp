@@ -21,23 +21,20 @@ class Answer : public tests::Inbox {
 };
 
 TEST_F(Answer, HasTwentyMessagesUnlessAskedAndNeverMoreThanAHundred) {
-  EXPECT_EQ(call("search", R"({"consulta":"x"})"),
-            R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":)"
-            R"("{\n  \"recados\": [],\n  \"total\": 0\n}"}],"isError":false}})");
   for (int i = 0; i < 101; ++i) store.insert(tests::someRecado(std::to_string(i), i));
   const std::pair<int, std::vector<std::string>> cases[] = {
       {1, {"-9223372036854775808", "-3", "0", "0e99999999999999999999", "1", "10e-1"}},
       {99, {"99", "99.0"}},
       {100, {"100", "101", "1000", "9223372036854775807", "9223372036854774784.0"}},
-      {20, {"9223372036854775808", "9223372036854775808.0", "-9223372036854775809", "1e400"}},
-      {20, {"1.5", "\"5\"", "null", "[5]", "{}"}}};
+      {20,
+       {"9223372036854775808", "9223372036854775808.0", "-9223372036854775809", "1e400", "1.5",
+        "\"5\"", "null", "[5]", "{}"}}};
   for (const auto& [total, limits] : cases) {
+    const auto end = R"(\"total\": )" + std::to_string(total) + R"(\n}"}],"isError":false}})";
     for (const std::string& limit : limits) {
       for (const char* tool : {"inbox_list", "search"}) {
-        EXPECT_NE(call(tool, R"({"consulta":"João","limite":)" + limit + "}")
-                      .find(R"(\"total\": )" + std::to_string(total) + R"(\n}")"),
-                  std::string::npos)
-            << tool << " " << limit;
+        const std::string text = call(tool, R"({"consulta":"João","limite":)" + limit + "}");
+        EXPECT_TRUE(text.ends_with(end)) << tool << " " << limit;
       }
     }
   }

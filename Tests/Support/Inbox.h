@@ -43,6 +43,12 @@ class Inbox : public testing::Test {
         .stringValue("x")
         .value();
   }
+  /// Another program's trigger that refuses a change ("DELETE ON recado"), instead of an earlier
+  /// one.
+  void refuse(const std::string& change) {
+    other.execute("DROP TRIGGER IF EXISTS refusal; CREATE TRIGGER refusal BEFORE " + change +
+                  " BEGIN SELECT RAISE(ABORT, 'refused'); END");
+  }
 
   TemporaryFolder folder;
   std::filesystem::path file = folder.path() / "trovi.sqlite";
