@@ -86,6 +86,7 @@ TEST(Coding, NamesTheReasonOfAFailure) {
   EXPECT_THROW(JSONObjectDecoder(R"({"n":1.5})").decodeInteger("n"), CodingError);
   EXPECT_THROW(JSONObjectEncoder().encodeNumber("d", NAN), CodingError);
   EXPECT_THROW(JSONObjectEncoder().encodeDate("d", dateSince1970(INFINITY)), CodingError);
+  EXPECT_EQ(toISO8601(dateSince1970(NAN)), "1970-01-01T00:00:00Z");
 }
 
 TEST(Coding, LetsOtherMembersStandBesideThoseOfARecord) {
@@ -107,15 +108,8 @@ TEST(RecadoStatus, KeepsItsStoredTextsItsLabelsAndItsOrder) {
   }
   EXPECT_EQ(found, R"("transcrevendo"Transcrevendo;"pendente"Pendente;"pego"Pego pela IA;)"
                    R"("resolvido"Resolvido;"falhou"Falhou;)");
-  for (const char* text : {"Pego", "pego ", " pego", "todos", ""}) {
-    EXPECT_EQ(fromRawValue<RecadoStatus>(text), std::nullopt) << text;
-  }
-  EXPECT_THROW(rawValue(static_cast<RecadoStatus>(5)), std::out_of_range);
+  for (const char* none : {"Pego", " pego"}) EXPECT_FALSE(fromRawValue<RecadoStatus>(none));
   EXPECT_THROW(label(static_cast<RecadoStatus>(5)), std::out_of_range);
-}
-
-TEST(Date, ThatIsNoNumberIsWrittenAsTheFirstOfAll) {
-  EXPECT_EQ(toISO8601(dateSince1970(NAN)), "1970-01-01T00:00:00Z");
 }
 
 }  // namespace

@@ -126,7 +126,7 @@ TEST_F(Threads, GetTheirOwnAnswersAndEveryChangeCounts) {
       const std::string own = name + "." + std::to_string(round);
       store.insert(tests::someRecado(own));
       EXPECT_EQ(store.claim({.id = own, .by = own})->claimedBy, own);
-      EXPECT_TRUE(store.claim({.id = "shared", .by = own}));
+      store.setDestino({.id = "shared", .destinoID = own});
       EXPECT_EQ(store.db().run("UPDATE recado SET duration = 0 WHERE id GLOB ?",
                                {SQLValue::text(name + ".*")}),
                 round);

@@ -74,40 +74,36 @@ TEST_F(Sync, OffersEverythingAgainToAFreshRemoteCopy) {
   EXPECT_EQ(store.pendingDeletions(-1), Texts());
 }
 
-/// Remote states of messages whose own is of the time 2000.
-class RemoteState : public Sync {
- protected:
-  RemoteState() { other.execute("UPDATE recado SET updated_at = 2000, dirty = 7"); }
-
-  bool apply(const std::string& id, double updatedAt) {
-    return store.applyRemoteStatus(
-        {id, RecadoStatus::resolvido, "C", dateSince1970(3), "r", dateSince1970(4), updatedAt});
-  }
-  std::string states() {
-    return each(
-        "id || ' ' || status || IFNULL(claimed_by || claimed_at || result || resolved_at, "
-        "'') || ' ' || IFNULL(updated_at, '') || ' ' || dirty");
-  }
-};
-
-TEST_F(RemoteState, IsAppliedWholeIfItIsNewer) {
+TEST_F(Sync, AppliesARemoteStateIfItIsNewerAndDoesNotOfferItAgain) {
+  RemoteStatus remote{"a", RecadoStatus::resolvido, "C", dateSince1970(3),
+                      "r", dateSince1970(4),        0};
+  const auto apply = [&](const std::string& id, double updatedAt) {
+    remote.id = id;
+    remote.updatedAt = updatedAt;
+    return store.applyRemoteStatus(remote);
+  };
+  other.execute("UPDATE recado SET updated_at = 2000, dirty = 7");
   EXPECT_FALSE(apply("a", 1999.5));
   EXPECT_FALSE(apply("a", 2000));
   EXPECT_FALSE(apply("x", 9999));
-  EXPECT_EQ(states(), "a pendente 2000.0 7;b pendente 2000.0 7;A pendente 2000.0 7;");
-  EXPECT_TRUE(apply("a", 2000.5));
-  EXPECT_EQ(states(), "a resolvidoC3.0r4.0 2000.5 7;b pendente 2000.0 7;A pendente 2000.0 7;");
-  store.applyRemoteStatus({.id = "a", .status = RecadoStatus::pendente, .updatedAt = 2001});
-  EXPECT_EQ(store.recado("a"), tests::someRecado("a", 3000));  // what is absent there is cleared
+  EXPECT_TRUE(apply("A", 2000.5));
+  EXPECT_EQ(each("id || ' ' || status || ' ' || updated_at || ' ' || dirty"),
+            "a pendente 2000.0 7;b pendente 2000.0 7;A resolvido 2000.5 7;");
+  EXPECT_EQ(each("claimed_by || ' ' || claimed_at || ' ' || result || ' ' || resolved_at"),
+            "C 3.0 r 4.0;");  // of one message only
+  store.applyRemoteStatus({.id = "A", .status = RecadoStatus::pendente, .updatedAt = 2001});
+  EXPECT_EQ(store.recado("A"), tests::someRecado("A", 2000));  // what is absent there is cleared
   other.execute("UPDATE recado SET updated_at = NULL");
   EXPECT_TRUE(apply("b", -1));
 }
 
-TEST_F(RemoteState, IsAppliedOnlyInSomeStatuses) {
+TEST_F(Sync, AppliesARemoteStateOnlyInSomeStatuses) {
   std::string applied;
   for (const RecadoStatus status : allCases<RecadoStatus>()) {
     store.setStatus("a", status);
-    if (apply("a", 4e9)) applied.append(rawValue(status)) += ' ';
+    if (store.applyRemoteStatus({.id = "a", .status = RecadoStatus::falhou, .updatedAt = 4e9})) {
+      applied.append(rawValue(status)) += ' ';
+    }
   }
   EXPECT_EQ(applied, "pendente pego resolvido ");
 }

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include "Inbox.h"

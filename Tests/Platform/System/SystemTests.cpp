@@ -55,9 +55,8 @@ TEST(FolderLock, KeepsAnotherOutForAsLongAsItLasts) {
 
 TEST(Calendar, FindsTheFirstInstantOfTheMonthWhereMidnightIsMissingOrDoubled) {
   const std::tuple<const char*, std::time_t, std::time_t> cases[] = {
-      {"AAA3BBB2,J274/0,J60/0", 1697328000, 1696129200},  // no midnight on October 1st
-      {"AAA5BBB4,M3.2.0/2,J305/1", 1604291400,
-       1604203200},  // two on November 1st, a day of 25 hours
+      {"AAA3BBB2,J274/0,J60/0", 1697328000, 1696129200},     // no midnight on October 1st
+      {"AAA5BBB4,M3.2.0/2,J305/1", 1604291400, 1604203200},  // two on November 1st, of 25 hours
       {"<-0330>3:30", 1700000000, 1698809400},
       {"UTC0", 1709251200, 1709251200},  // the first of March itself
   };
