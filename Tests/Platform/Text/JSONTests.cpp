@@ -22,17 +22,12 @@ TEST(ByteScan, FindsEachByteThatMustBeEscapedAtEveryPlace) {
 }
 
 TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
-  std::string ascii;
-  for (char c = 0; c < 0x7F; ++c) ascii += c;
-  const JSONObject object{{"b", JSONArray{"a/ç\n", JSONArray()}}, {"a", JSONObject()}};
+  const JSONObject object{{"b", JSONArray{"a/ç\n\\\"\x01", JSONArray()}}, {"a", JSONObject()}};
   std::string out;
-  appendPrettyJSONText(out, JSONArray{ascii, object});
-  const auto text = parseJSON(out);
-  const auto value = parseJSON(text.value().text().value());
-  EXPECT_EQ(std::get<JSONArray>(value.value().content).at(0).text(), ascii);
-  const std::string_view layout =
-      ",\n  {\n    \"a\": {},\n    \"b\": [\n      \"a/ç\\n\",\n      []\n    ]\n  }\n]";
-  EXPECT_TRUE(text->text()->ends_with(layout)) << *text->text();
+  appendPrettyJSONText(out, JSONArray{7, object});
+  EXPECT_EQ(out,
+            R"("[\n  7,\n  {\n    \"a\": {},\n    \"b\": [\n      \"a/ç\\n\\\\\\\"\\u0001\",\n)"
+            R"(      []\n    ]\n  }\n]")");
 }
 
 /// The number format of an application in Brazil.
