@@ -117,7 +117,7 @@ TEST_F(Messages, AreListedNewestFirstByAllConditionsTogether) {
   other.execute(
       "DELETE FROM recado; INSERT INTO recado(id, created_at, status, destino_id, transcript, "
       "title, result) VALUES ('a', 1, 'pendente', 'x', 'comprar PÃO amanhã', '', NULL), "
-      "('b', 3, 'pego', 'x', '', 'Padaria', ''), ('c', 2, 'pendente', 'y', 'amanhã', '', "
+      "('b', 3, 'pego', 'x', '', 'Padaria', ''), ('c', 2, 'pendente', 'X', 'amanhã', '', "
       "'feito_ontem'), ('d', 4, 'pendente', 'x', '', '', NULL)");
   EXPECT_EQ(ids({.limit = 0}), "");
   EXPECT_EQ(ids({.destinoID = "", .limit = -1}), "");

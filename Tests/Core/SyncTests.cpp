@@ -28,8 +28,8 @@ TEST_F(Sync, OffersMarkedMessagesOldestRecordingFirst) {
   EXPECT_EQ(offered(), "b2;A2;a2;");
   EXPECT_EQ(offered(2), "b2;A2;");
   EXPECT_EQ(offered(0), "");
-  other.execute("UPDATE recado SET dirty = 0 WHERE id = 'b'");
-  EXPECT_EQ(offered(), "A2;a2;");
+  other.execute("UPDATE recado SET dirty = IIF(id = 'b', 0, -1) WHERE id <> 'A'");
+  EXPECT_EQ(offered(), "A2;");
   // With the time of the state, or else of the recording.
   other.execute(
       "UPDATE recado SET updated_at = IIF(id = 'b', 5000.5, NULL), dirty = 2;"

@@ -58,6 +58,8 @@ TEST_F(Answer, RemembersWhatTheClientCallsItselfInAHandshake) {
     call("recado_claim", R"({"id":"A","cliente":7})");
     call("recado_resolve", R"({"id":"B","resultado":"r","cliente":null})");
     EXPECT_EQ(store.recado("A")->claimedBy, claimer);
+    call("recado_claim", R"({"id":"A","cliente":""})");
+    EXPECT_EQ(store.recado("A")->claimedBy, "");
     EXPECT_EQ(each("quote(claimed_by)", "recado WHERE id = 'B'"), resolver + std::string(";"));
   }
 }
