@@ -9,7 +9,8 @@ namespace {
 
 using enum RecadoStatus;
 
-/// The message "a" with a value in every field, and "A", which no test here changes.
+/// The message "a" with a value in every field, and "A", which no operation here may change. Which
+/// statuses allow a claim and a result is recorded in Sessions/work.session.
 class Messages : public tests::Inbox {
  protected:
   Messages() {

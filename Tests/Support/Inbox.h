@@ -43,8 +43,7 @@ class Inbox : public testing::Test {
         .stringValue("x")
         .value();
   }
-  /// Another program's trigger that refuses a change ("DELETE ON recado"), instead of an earlier
-  /// one.
+  /// Lets another program's trigger refuse a change, such as "DELETE ON recado", and only this one.
   void refuse(const std::string& change) {
     other.execute("DROP TRIGGER IF EXISTS refusal; CREATE TRIGGER refusal BEFORE " + change +
                   " BEGIN SELECT RAISE(ABORT, 'refused'); END");
