@@ -8,41 +8,51 @@
 namespace trovi {
 namespace {
 
-using tests::databaseError;
-
 class Connection : public testing::Test {
  protected:
   tests::TemporaryFolder folder;
   Database db{folder.path() / "test.sqlite"};
 };
 
-TEST(Row, ConvertsBetweenNumbersButNeverBetweenNumbersAndTexts) {
-  const Row row{{"3", SQLValue::integer(3)},       {"-2", SQLValue::real(-2.9)},
-                {"large", SQLValue::real(0x1p63)}, {"none", SQLValue::real(NAN)},
-                {"17", SQLValue::text("17")},      {"null", SQLValue::from(std::optional<Date>())}};
-  EXPECT_EQ(row.dateValue("3"), dateSince1970(3));
-  EXPECT_EQ(row.intValue("-2"), -2);
-  EXPECT_FALSE(row.stringValue("3"));
-  for (const char* column : {"large", "none", "17", "null", "missing"}) {
-    EXPECT_FALSE(row.intValue(column)) << column;
-    EXPECT_EQ(row.doubleValue(column).has_value(), column[0] == 'l' || column[2] == 'n') << column;
+/// What a failed operation throws: kind, message and code.
+template <class Work>
+std::string failure(const Work& work) {
+  try {
+    work();
+  } catch (const DatabaseError& error) {
+    const bool isOpening = error.kind() == DatabaseError::Kind::open;
+    return (isOpening ? "open: " : "query: ") + error.message() + " " +
+           std::to_string(error.code());
   }
+  return "none";
+}
+
+TEST(Row, ConvertsBetweenNumbersButNeverBetweenNumbersAndTexts) {
+  const Row row{
+      {"3", SQLValue::integer(3)},        {"-2.9", SQLValue::real(-2.9)},
+      {"-2^63", SQLValue::real(-0x1p63)}, {"2^63", SQLValue::real(0x1p63)},
+      {"nan", SQLValue::real(NAN)},       {"17", SQLValue::text("17")},
+      {"0", SQLValue::from(Date{})},      {"null", SQLValue::from(std::optional<Date>())}};
+  EXPECT_EQ(row.doubleValue("3"), 3);
+  EXPECT_EQ(row.dateValue("3"), dateSince1970(3));
+  EXPECT_EQ(row.doubleValue("0"), 0);
+  EXPECT_EQ(row.intValue("-2.9"), -2);
+  EXPECT_EQ(row.intValue("-2^63"), INT64_MIN);
+  for (const char* x : {"2^63", "nan", "17", "null", "missing"}) EXPECT_FALSE(row.intValue(x)) << x;
+  for (const char* x : {"17", "null", "missing"}) {
+    EXPECT_FALSE(row.doubleValue(x) || row.dateValue(x)) << x;
+  }
+  for (const char* x : {"3", "-2.9", "null", "missing"}) EXPECT_FALSE(row.stringValue(x)) << x;
   EXPECT_THROW(Row({}, {SQLValue::null()}), std::invalid_argument);
 }
 
 TEST_F(Connection, CountsTheRowsThatTheStatementItselfChanged) {
-  const auto failing = [&] {
-    db.execute(
-        "CREATE TABLE a(x); CREATE TABLE log(x); INSERT INTO a VALUES (1), (2), (3);"
-        "CREATE TRIGGER t AFTER UPDATE ON a BEGIN INSERT INTO log VALUES (1), (2); END;"
-        "CREATE TABLE a(x); DROP TABLE a");
-  };
-  EXPECT_EQ(databaseError(failing), "Erro no banco: table a already exists");
+  db.execute(
+      "CREATE TABLE a(x); CREATE TABLE log(x); INSERT INTO a VALUES (1), (2), (3);"
+      "CREATE TRIGGER t AFTER UPDATE ON a BEGIN INSERT INTO log VALUES (1), (2); END");
   EXPECT_EQ(db.run("UPDATE a SET x = x + 1"), 3);
   EXPECT_EQ(db.run("UPDATE a SET x = 0 WHERE x > ?", {SQLValue::integer(99)}), 0);
   EXPECT_EQ(db.query("SELECT * FROM log").size(), 6U);
-  db.run("DELETE FROM log WHERE rowid = 1");
-  EXPECT_EQ(db.run("SELECT * FROM a"), 1);  // the count of the previous statement
 }
 
 TEST_F(Connection, BindsByPositionAndReadsEveryKindOfValue) {
@@ -65,6 +75,7 @@ TEST_F(Connection, BindsByPositionAndReadsEveryKindOfValue) {
 TEST_F(Connection, HasTheSettingsThatTheOtherProgramsCountOn) {
   EXPECT_EQ(db.query("PRAGMA journal_mode").at(0).stringValue("journal_mode"), "wal");
   EXPECT_EQ(db.query("PRAGMA foreign_keys").at(0).intValue("foreign_keys"), 1);
+  EXPECT_EQ(db.query("PRAGMA synchronous").at(0).intValue("synchronous"), 2);
   EXPECT_EQ(db.query("PRAGMA busy_timeout").at(0).intValue("timeout"), 4000);
 }
 
@@ -86,52 +97,54 @@ TEST_F(Connection, TreatsURIsAndMemoryNamesAsFileNames) {
   std::filesystem::current_path(before);
 }
 
-TEST_F(Connection, SaysWhatFailedInWordsAndInNumbersAndLeavesNoNewFile) {
+TEST_F(Connection, SaysWhatFailedInWordsAndInNumbers) {
+  const std::string unknown = "SELECT \xFF";
+  const std::string taken = "INSERT INTO a VALUES (2), (1)";
+  const std::string later = "SELECT abs(x) FROM a";  // fails on its second row
+  db.execute("CREATE TABLE a(x PRIMARY KEY); INSERT INTO a VALUES (1), (-9223372036854775808)");
+  EXPECT_EQ(failure([&] { db.run(unknown); }), "query: no such column: \uFFFD 1");
+  EXPECT_EQ(failure([&] { db.query(unknown); }), "query: no such column: \uFFFD 1");
+  EXPECT_EQ(failure([&] { db.execute(unknown); }), "query: no such column: \uFFFD 1");
+  EXPECT_EQ(failure([&] { db.run(taken); }), "query: UNIQUE constraint failed: a.x 1555");
+  EXPECT_EQ(failure([&] { db.query(taken); }), "query: UNIQUE constraint failed: a.x 1555");
+  EXPECT_EQ(failure([&] { db.query(later); }), "query: integer overflow 1");
+  EXPECT_EQ(failure([&] { db.run(later); }), "none");  // up to its first row
+  EXPECT_EQ(failure([&] { db.execute("DELETE FROM a; " + later + "x; DROP TABLE a"); }),
+            "query: no such table: ax 1");
+  EXPECT_TRUE(db.query("SELECT * FROM a").empty());
+}
+
+TEST_F(Connection, LeavesNoNewFileThatCannotBeOpened) {
   const auto deep = folder.path() / std::string(250, 'a') / std::string(250, 'b');
   create_directories(deep);
   for (const auto& none : {folder.path() / "missing" / "a.sqlite", folder.path(), deep / "long"}) {
-    EXPECT_EQ(databaseError([&] { Database opened(none); }),
-              "Não abri o banco: unable to open database file");
+    EXPECT_EQ(failure([&] { Database opened(none); }), "open: unable to open database file 14");
   }
   EXPECT_TRUE(is_empty(deep));
-  try {
-    db.execute("CREATE TABLE a(x PRIMARY KEY); INSERT INTO a VALUES (1), (1)");
-    ADD_FAILURE() << "inserted twice";
-  } catch (const DatabaseError& error) {
-    EXPECT_EQ(error.message(), "UNIQUE constraint failed: a.x");
-    EXPECT_EQ(error.kind(), DatabaseError::Kind::query);
-    EXPECT_EQ(error.code(), 1555);  // SQLITE_CONSTRAINT_PRIMARYKEY
-  }
 }
 
 /// Several threads on one connection and on one store.
 class Threads : public tests::Inbox {};
 
 TEST_F(Threads, GetTheirOwnAnswersAndEveryChangeCounts) {
-  Database& db = store.db();
   store.insert(tests::someRecado("shared"));
-  const auto work = [&](int thread) {
-    const std::string name = std::to_string(thread);
-    for (int round = 0; round < 25; ++round) {
-      const std::string own = name + "." + std::to_string(round);
-      store.insert(tests::someRecado(own));
-      EXPECT_EQ(store.claim({.id = own, .by = own})->claimedBy, own);
-      EXPECT_EQ(store.resolve({.id = own, .result = own})->result, own);
-      EXPECT_FALSE(store.claim({.id = own, .by = "again"}));
-      EXPECT_TRUE(store.claim({.id = "shared", .by = own}));
-      EXPECT_EQ(
-          db.run("UPDATE recado SET duration = 0 WHERE id GLOB ?", {SQLValue::text(name + ".*")}),
-          round + 1);
-      EXPECT_EQ(tests::databaseError([&] { db.query("SELECT x" + name); }),
-                "Erro no banco: no such column: x" + name);
+  const auto work = [&](const std::string& name) {
+    const auto own = SQLValue::text(name + "*");
+    for (int round = 1; round <= 25; ++round) {
+      store.insert(tests::someRecado(name + std::to_string(round)));
+      store.setDestino({.id = "shared", .destinoID = name});
+      EXPECT_EQ(store.db().run("UPDATE recado SET duration = 0 WHERE id GLOB ?", {own}), round);
+      EXPECT_EQ(store.db().query("SELECT * FROM recado WHERE id GLOB ?", {own}).size(), round);
+      EXPECT_EQ(failure([&] { store.db().run(name); }),
+                "query: near \"" + name + "\": syntax error 1");
     }
   };
   {
     std::vector<std::future<void>> workers;
-    for (int i = 0; i < 4; ++i) workers.push_back(std::async(std::launch::async, work, i));
+    for (const char* name : {"x", "y", "z"})
+      workers.push_back(std::async(std::launch::async, work, name));
   }
-  EXPECT_EQ(each("dirty", "recado WHERE id = 'shared'"), "102;");
-  EXPECT_EQ(each("n", "(SELECT count(*) AS n FROM recado WHERE result = id)"), "100;");
+  EXPECT_EQ(each("dirty", "recado WHERE id = 'shared'"), "77;");
 }
 
 }  // namespace

@@ -1,54 +1,78 @@
-#include <gtest/gtest.h>
-
 #include "Inbox.h"
 
 namespace trovi {
 namespace {
 
+using List = std::vector<Destino>;
+
+/// Three destinations in the order of lists, saved in another.
 class Destinos : public tests::Inbox {
  protected:
-  Destinos() { other.execute("DELETE FROM destino"); }
-
-  void save(const std::string& id, const std::string& name, std::int64_t sort) {
-    store.saveDestino({id, name, "i", "c", sort});
+  Destinos() {
+    other.execute("DELETE FROM destino");
+    for (const Destino& destino : {acao, loja, casa}) store.saveDestino(destino);
   }
+
+  const Destino loja{"D", "Loja", "Venda.", "#000001", 1};
+  const Destino casa{"d", "casa", "Arrume.", "#000002", 1};  // by bytes, a capital comes first
+  const Destino acao{"x", "A\u00E7\u00E3o", "", "", 2};
 };
 
-TEST_F(Destinos, AreListedBySortThenByTheBytesOfTheirNames) {
-  for (const char* name : {"b", "A", "\u00E1", "c"}) save(name, name, 1);
-  save("z", "z", 0);
-  save("b", "b", -1);  // replaces the first
-  std::string names;
-  for (const Destino& destino : store.destinos()) names += destino.name;
-  EXPECT_EQ(names, "bzAc\u00E1");
-  EXPECT_EQ(store.destino("z"), (Destino{"z", "z", "i", "c", 0}));
-  EXPECT_FALSE(store.destino("2"));
+TEST_F(Destinos, AreStoredAsTheyAreAndOverwrittenWhole) {
+  EXPECT_EQ(store.destinos(), (List{loja, casa, acao}));
+  const Destino changed{"d", " casa ", "", "azul", 3};
+  store.saveDestino(changed);
+  EXPECT_EQ(store.destinos(), (List{loja, acao, changed}));
+  EXPECT_EQ(store.destino("d"), changed);
+  EXPECT_EQ(store.destino("D"), loja);
+  EXPECT_EQ(store.destino("e"), std::nullopt);
   other.execute("DROP TABLE destino");
-  EXPECT_FALSE(store.destino({}));  // without reading the file
+  EXPECT_EQ(store.destino({}), std::nullopt);  // without reading the file
 }
 
 TEST_F(Destinos, AreFoundByNameWhateverTheCaseAndTheAccents) {
-  const char* const names[] = {"Ideias soltas", "A\u00E7\u00E3o", "ACAO", "fim ", ""};
-  for (const char* name : names) save(name, name, 0);
-  EXPECT_EQ(store.destinoNamed(" \t\u00A0IDE\u00CDAS s\u00F3ltas\u3000")->name, names[0]);
-  EXPECT_EQ(store.destinoNamed("Ac\u0327a\u0303o")->name, "ACAO");
-  EXPECT_EQ(store.destinoNamed(" \t")->name, "");
-  for (const char* none : {"ideias", "ideias  soltas", "ideias soltas\n", "fim ", "\xFF"}) {
-    EXPECT_FALSE(store.destinoNamed(none)) << none;
+  for (const char* name : {"Ideias soltas", "ACAO", "fim ", ""}) {
+    store.saveDestino({name, name, "", "", 2});
+  }
+  const std::pair<const char*, const char*> cases[] = {
+      {"LOJA", "Loja"},
+      {" \t\u00A0IDE\u00CDAS s\u00F3ltas\u3000", "Ideias soltas"},
+      {" \t", ""},
+      {"Ac\u0327a\u0303o", "ACAO"}};  // the first in the order of the list
+  for (const auto& [given, name] : cases) EXPECT_EQ(store.destinoNamed(given)->name, name) << given;
+  for (const char* none : {"ideias", "ideias  soltas", "ideias soltas\n", "fim ", "%", "\xFF"}) {
+    EXPECT_EQ(store.destinoNamed(none), std::nullopt) << none;
   }
 }
 
 TEST_F(Destinos, LeaveTheirMessagesUnfiledAndMarkedWhenDeleted) {
-  for (const char* id : {"d", "e"}) save(id, id, 9);
   other.execute(
-      "INSERT INTO recado(id, created_at, status, destino_id) VALUES (1, 0, 'x', 'd'), (2, 0, 'x', "
-      "'e'); UPDATE recado SET updated_at = 5");
+      "INSERT INTO recado(id, created_at, status, destino_id) VALUES (1, 0, 'x', 'd'), "
+      "(2, 0, 'x', 'D'), (3, 0, 'x', NULL); UPDATE recado SET updated_at = 5, dirty = 0");
+  const std::string filing = "id || IFNULL(destino_id, '-') || dirty || ' ' || updated_at";
+  store.deleteDestino("e");
+  refuse("UPDATE ON recado");
+  EXPECT_THROW(store.deleteDestino("d"), DatabaseError);
+  EXPECT_EQ(store.destinos(), (List{loja, casa, acao}));
+  EXPECT_EQ(each(filing), "1d0 5.0;2D0 5.0;3-0 5.0;");
+  refuse("DELETE ON destino");
+  EXPECT_THROW(store.deleteDestino("d"), DatabaseError);
+  EXPECT_EQ(store.destinos(), (List{loja, casa, acao}));
+  EXPECT_EQ(each(filing), "1-1 5.0;2D0 5.0;3-0 5.0;");
+  other.execute("DROP TRIGGER refusal");
   store.deleteDestino("d");
-  EXPECT_EQ(each("IFNULL(destino_id, '-') || dirty || updated_at"), "-35.0;e25.0;");
-  EXPECT_EQ(each("id", "destino"), "e;");
-  const Destino foreign = TroviStore::destinoFrom(Row{{"sort", SQLValue::real(2.7)}});
-  EXPECT_EQ(foreign, (Destino{foreign.id, "", "", "#FF6A1C", 2}));
-  EXPECT_EQ(foreign.id.size(), 36U);
+  EXPECT_EQ(store.destinos(), (List{loja, acao}));
+}
+
+TEST_F(Destinos, AreReadFromAnyRow) {
+  for (const char* row :
+       {"SELECT destino.* FROM (SELECT 1) LEFT JOIN destino ON FALSE",
+        "SELECT 7 AS id, 7 AS name, 7 AS instruction, 7 AS color, '7' AS sort", "SELECT 1"}) {
+    const Destino destino = TroviStore::destinoFrom(other.query(row).at(0));
+    EXPECT_EQ(destino, (Destino{destino.id, "", "", "#FF6A1C", 0}));
+    EXPECT_EQ(destino.id.size(), 36U);
+  }
+  EXPECT_EQ(TroviStore::destinoFrom(Row{{"sort", SQLValue::real(2.7)}}).sort, 2);
 }
 
 }  // namespace

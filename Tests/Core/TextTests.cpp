@@ -16,7 +16,7 @@ void expectTitles(const std::vector<std::pair<std::string, std::string>>& cases)
 
 TEST(Title, IsTheFirstSentenceAsItWasSpoken) {
   expectTitles({{"", "Recado sem fala"},
-                {"\t\n\u00A0\u0085\u2028\u3000 \r\n", "Recado sem fala"},
+                {"\t\n\v\f\u00A0\u0085\u2028\u3000 \r\n", "Recado sem fala"},
                 {"\u200B", "\u200B"},
                 {" \u2029Ligar para o João?\nUrgente!", "Ligar para o João"},
                 {"...comprar pão! E leite.", "comprar pão"},

@@ -15,7 +15,9 @@ namespace trovi::tests {
 namespace {
 
 TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
-  std::random_device random;
+  const auto seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
   const auto below = [&](std::size_t limit) { return random() % limit; };
   const Home home;
   TroviStore recorder(Home::inbox());

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 
 #include "Inbox.h"
@@ -10,25 +9,59 @@ namespace {
 
 class Answer : public tests::Inbox {
  protected:
+  std::string answer(const std::string& method, const std::string& params) {
+    return std::string(
+        *server.answer(R"({"id":1,"method":")" + method + R"(","params":)" + params + "}"));
+  }
   std::string call(const std::string& tool, const std::string& arguments) {
-    return std::string(*server.answer(R"({"id":1,"method":"tools/call","params":{"name":")" + tool +
-                                      R"(","arguments":)" + arguments + "}}"));
+    return answer("tools/call", R"({"name":")" + tool + R"(","arguments":)" + arguments + "}");
   }
 
   Server server{catalogue(), store};
 };
 
 TEST_F(Answer, HasTwentyMessagesUnlessAskedAndNeverMoreThanAHundred) {
-  EXPECT_EQ(call("search", R"({"consulta":"x"})"),
-            R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":)"
-            R"("{\n  \"recados\": [],\n  \"total\": 0\n}"}],"isError":false}})");
   for (int i = 0; i < 101; ++i) store.insert(tests::someRecado(std::to_string(i), i));
-  const std::tuple<const char*, const char*, const char*> cases[] = {
-      {"inbox_list", "{}", R"(\"total\": 20)"},
-      {"inbox_list", R"({"limite":1000})", R"(\"total\": 100)"},
-      {"search", R"({"consulta":"João"})", R"(\"total\": 20)"}};
-  for (const auto& [tool, arguments, total] : cases) {
-    EXPECT_NE(call(tool, arguments).find(total), std::string::npos) << tool << arguments;
+  const std::pair<int, std::vector<std::string>> cases[] = {
+      {1, {"-9223372036854775808", "-3", "0", "0e99999999999999999999", "1", "10e-1"}},
+      {99, {"99", "99.0"}},
+      {100, {"100", "101", "1000", "9223372036854775807", "9223372036854774784.0"}},
+      {20,
+       {"9223372036854775808", "9223372036854775808.0", "-9223372036854775809", "1e400", "1.5",
+        "\"5\"", "null", "[5]", "{}"}}};
+  for (const auto& [total, limits] : cases) {
+    const auto end = R"(\"total\": )" + std::to_string(total) + R"(\n}"}],"isError":false}})";
+    for (const std::string& limit : limits) {
+      for (const char* tool : {"inbox_list", "search"}) {
+        const std::string text = call(tool, R"({"consulta":"João","limite":)" + limit + "}");
+        EXPECT_TRUE(text.ends_with(end)) << tool << " " << limit;
+      }
+    }
+  }
+}
+
+TEST_F(Answer, RemembersWhatTheClientCallsItselfInAHandshake) {
+  for (const char* id : {"A", "B"}) store.insert(tests::someRecado(id));
+  // The handshake; the version that it agrees on; who claims then, and who resolves.
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
+      {"7", "2025-06-18", "IA", "NULL"},
+      {R"({"protocolVersion":"2024-11-05","clientInfo":{"name":"X"}})", "2024-11-05", "X", "'X'"},
+      {R"({"protocolVersion":3})", "2025-06-18", "X", "'X'"},
+      {R"({"protocolVersion":"","clientInfo":"Y"})", "", "X", "'X'"},
+      {R"({"clientInfo":{"name":["Y"]}})", "2025-06-18", "IA", "NULL"},
+      {R"({"clientInfo":{"name":""}})", "2025-06-18", "", "''"},
+      {R"({"clientInfo":{"title":"Y"}})", "2025-06-18", "IA", "NULL"}};
+  for (const auto& [handshake, version, claimer, resolver] : cases) {
+    SCOPED_TRACE(handshake);
+    const std::string start = R"({"jsonrpc":"2.0","id":1,"result":{"protocolVersion":")";
+    EXPECT_TRUE(answer("initialize", handshake).starts_with(start + version + '"'));
+    store.reopen("B");
+    call("recado_claim", R"({"id":"A","cliente":7})");
+    call("recado_resolve", R"({"id":"B","resultado":"r","cliente":null})");
+    EXPECT_EQ(store.recado("A")->claimedBy, claimer);
+    call("recado_claim", R"({"id":"A","cliente":""})");
+    EXPECT_EQ(store.recado("A")->claimedBy, "");
+    EXPECT_EQ(each("quote(claimed_by)", "recado WHERE id = 'B'"), resolver + std::string(";"));
   }
 }
 
@@ -39,6 +72,9 @@ TEST_F(Answer, IsAnErrorAndNotANullWhenSQLiteIsOutOfMemory) {
   sqlite3_hard_heap_limit64(sqlite3_memory_used() + (1 << 20));
   EXPECT_NE(call("recado_resolve", large).find("\"Erro no Trovi: Erro no banco: out of memory\""),
             std::string::npos);
+  sqlite3_hard_heap_limit64(1);  // now not even for a message
+  EXPECT_EQ(tests::databaseError([&] { other.execute("x"); }), "Erro no banco: desconhecido");
+  EXPECT_EQ(tests::databaseError([&] { Database{file}; }), "Não abri o banco: desconhecido");
   sqlite3_hard_heap_limit64(0);
   EXPECT_EQ(store.recado("A"), tests::someRecado("A"));
   EXPECT_TRUE(call("recado_resolve", large).ends_with(R"("isError":false}})"));

@@ -5,7 +5,18 @@
 #include <string>
 
 #include "TemporaryFolder.h"
+#include "TroviCore/Coding.h"
 #include "TroviCore/Store.h"
+
+namespace trovi {
+
+/// @{
+/// How a failed comparison shows a record.
+inline void PrintTo(const Recado& recado, std::ostream* out) { *out << toJSON(recado); }
+inline void PrintTo(const Destino& destino, std::ostream* out) { *out << toJSON(destino); }
+/// @}
+
+}  // namespace trovi
 
 namespace trovi::tests {
 
@@ -31,6 +42,11 @@ class Inbox : public testing::Test {
         .at(0)
         .stringValue("x")
         .value();
+  }
+  /// Lets another program's trigger refuse a change, such as "DELETE ON recado", and only this one.
+  void refuse(const std::string& change) {
+    other.execute("DROP TRIGGER IF EXISTS refusal; CREATE TRIGGER refusal BEFORE " + change +
+                  " BEGIN SELECT RAISE(ABORT, 'refused'); END");
   }
 
   TemporaryFolder folder;

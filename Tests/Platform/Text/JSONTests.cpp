@@ -1,6 +1,7 @@
 // What is JSON and what is not, the sessions show.
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <locale>
 
 #include "Text/ByteScan.h"
@@ -21,17 +22,12 @@ TEST(ByteScan, FindsEachByteThatMustBeEscapedAtEveryPlace) {
 }
 
 TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
-  std::string ascii;
-  for (char c = 0; c < 0x7F; ++c) ascii += c;
-  const JSONObject object{{"b", JSONArray{"a/ç\n", JSONArray()}}, {"a", JSONObject()}};
+  const JSONObject object{{"b", JSONArray{"a/ç\n\\\"\x01", JSONArray()}}, {"a", JSONObject()}};
   std::string out;
-  appendPrettyJSONText(out, JSONArray{ascii, object});
-  const auto text = parseJSON(out);
-  const auto value = parseJSON(text.value().text().value());
-  EXPECT_EQ(std::get<JSONArray>(value.value().content).at(0).text(), ascii);
-  const std::string_view layout =
-      ",\n  {\n    \"a\": {},\n    \"b\": [\n      \"a/ç\\n\",\n      []\n    ]\n  }\n]";
-  EXPECT_TRUE(text->text()->ends_with(layout)) << *text->text();
+  appendPrettyJSONText(out, JSONArray{7, object});
+  EXPECT_EQ(out,
+            R"("[\n  7,\n  {\n    \"a\": {},\n    \"b\": [\n      \"a/ç\\n\\\\\\\"\\u0001\",\n)"
+            R"(      []\n    ]\n  }\n]")");
 }
 
 /// The number format of an application in Brazil.
@@ -40,6 +36,8 @@ struct DecimalComma : std::numpunct<char> {
 };
 
 TEST(JSON, WritesADoubleSoThatItReadsBackTheSameInAnyLocale) {
+  const char* const ofC = std::setlocale(LC_NUMERIC, "pt_BR.UTF-8");
+  // Without a name, so that it leaves the one above to C's functions.
   const auto before = std::locale::global(std::locale(std::locale(), new DecimalComma));
   for (const double value : {0.0, 12.5, 0.1, 1.0 / 3, 5e-324, 1.7976931348623157e308, -2.5e-7}) {
     std::string out;
@@ -48,6 +46,8 @@ TEST(JSON, WritesADoubleSoThatItReadsBackTheSameInAnyLocale) {
     EXPECT_LE(out.size(), value == 0.1 ? 3U : 23U);
   }
   std::locale::global(before);
+  std::setlocale(LC_NUMERIC, "C");
+  if (ofC == nullptr) GTEST_SKIP() << "skipped: half of it, without the locale pt_BR.UTF-8";
 }
 
 }  // namespace

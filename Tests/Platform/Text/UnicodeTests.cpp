@@ -57,6 +57,7 @@ TEST(Unicode, FoldsCaseAndDiacriticsButNoLettersOfOtherScripts) {
        "\uAC01がกิبَ🇧🇷👍🏽"},
       {std::string("a\0B", 3), std::string("a\0b", 3)},
       {"\u05E9\u0301\u0323", "\u05E9\u0323\u0301"},
+      {"e\u20DDa\u200Cα\u0345", "eaα"},  // an enclosing mark, a joiner, and a mark that has a case
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(folded(text), expected) << text;
 }
