@@ -129,22 +129,27 @@ class Threads : public tests::Inbox {};
 TEST_F(Threads, GetTheirOwnAnswersAndEveryChangeCounts) {
   store.insert(tests::someRecado("shared"));
   const auto work = [&](const std::string& name) {
-    const auto own = SQLValue::text(name + "*");
     for (int round = 1; round <= 25; ++round) {
-      store.insert(tests::someRecado(name + std::to_string(round)));
-      store.setDestino({.id = "shared", .destinoID = name});
-      EXPECT_EQ(store.db().run("UPDATE recado SET duration = 0 WHERE id GLOB ?", {own}), round);
-      EXPECT_EQ(store.db().query("SELECT * FROM recado WHERE id GLOB ?", {own}).size(), round);
-      EXPECT_EQ(failure([&] { store.db().run(name); }),
-                "query: near \"" + name + "\": syntax error 1");
+      const std::string own = name + std::to_string(round);
+      store.insert(tests::someRecado(own));
+      EXPECT_EQ(store.claim({.id = own, .by = own})->claimedBy, own);
+      EXPECT_EQ(store.resolve({.id = own, .result = own})->result, own);
+      EXPECT_EQ(store.claim({.id = own, .by = "again"}), std::nullopt);
+      EXPECT_NE(store.claim({.id = "shared", .by = own}), std::nullopt);
+      EXPECT_EQ(store.db().run("UPDATE recado SET duration = 0 WHERE id GLOB ?",
+                               {SQLValue::text(name + "*")}),
+                round);
+      EXPECT_EQ(failure([&] { store.db().query("SELECT " + name); }),
+                "query: no such column: " + name + " 1");
     }
   };
   {
     std::vector<std::future<void>> workers;
-    for (const char* name : {"x", "y", "z"})
+    for (const char* name : {"w", "x", "y", "z"}) {
       workers.push_back(std::async(std::launch::async, work, name));
+    }
   }
-  EXPECT_EQ(each("dirty", "recado WHERE id = 'shared'"), "77;");
+  EXPECT_EQ(each("dirty", "recado WHERE id = 'shared'"), "102;");
 }
 
 }  // namespace
