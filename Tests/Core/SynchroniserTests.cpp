@@ -60,16 +60,5 @@ TEST_F(Synchroniser, LetsTheNewestStateWinAndADeletionBeFinal) {
   EXPECT_FALSE(run("none") || sh("ls none || ! >empty") || run("empty") || sh("grep recado empty"));
 }
 
-TEST_F(Synchroniser, LosesAndDoublesNothingWhenItIsKilled) {
-  store.insert(someRecado("0"));
-  for (int i = 10; i < 25; ++i) {
-    for (TroviStore* inbox : {&store, &second}) inbox->insert(someRecado(newID()));
-    EXPECT_TRUE(store.resolve({.id = "0", .result = std::to_string(i)}));
-    run("$a b", "& sleep 0.0" + std::to_string(i) + "; kill -9 $!; wait");
-  }
-  expectInStep();
-  EXPECT_EQ(each("n", "(SELECT max(result) || ' ' || count(*) AS n FROM b.recado)"), "24 31;");
-}
-
 }  // namespace
 }  // namespace trovi::tests

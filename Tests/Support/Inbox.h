@@ -44,9 +44,9 @@ class Inbox : public testing::Test {
         .value();
   }
   /// Lets another program's trigger refuse a change, such as "DELETE ON recado", and only this one.
-  void refuse(const std::string& change) {
+  void refuse(const std::string& change, const std::string& how = "ABORT") {
     other.execute("DROP TRIGGER IF EXISTS refusal; CREATE TRIGGER refusal BEFORE " + change +
-                  " BEGIN SELECT RAISE(ABORT, 'refused'); END");
+                  " BEGIN SELECT RAISE(" + how + ", 'refused'); END");
   }
 
   TemporaryFolder folder;
