@@ -54,12 +54,10 @@ void session(std::string_view input) {
     if (!text) continue;
     require(text->find_first_of("\r\n") == std::string::npos, "a reply is one line");
     require(platform::repairedUTF8(*text) == *text, "a reply is UTF-8");
-    const auto reply = platform::parseJSON(*text);
-    require(reply && reply->object() != nullptr, "a reply is a JSON object");
-    require(reply->object()->size() == 3 && (*reply)["jsonrpc"].text() == "2.0" &&
-                written((*reply)["id"]) == written(id) &&
-                ((*reply)["result"].object() == nullptr) != ((*reply)["error"].object() == nullptr),
-            "a reply has its three members");
+    const JSONValue reply = platform::parseJSON(*text).value_or(nullptr);
+    require(reply["jsonrpc"].text() == "2.0" && written(reply["id"]) == written(id) &&
+                (reply["result"].object() == nullptr) != (reply["error"].object() == nullptr),
+            "a reply is a JSON object with its three members");
   }
 }
 

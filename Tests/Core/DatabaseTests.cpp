@@ -8,24 +8,13 @@
 namespace trovi {
 namespace {
 
+using tests::databaseError;
+
 class Connection : public testing::Test {
  protected:
   tests::TemporaryFolder folder;
   Database db{folder.path() / "test.sqlite"};
 };
-
-/// What a failed operation throws: kind, message and code.
-template <class Work>
-std::string failure(const Work& work) {
-  try {
-    work();
-  } catch (const DatabaseError& error) {
-    const bool isOpening = error.kind() == DatabaseError::Kind::open;
-    return (isOpening ? "open: " : "query: ") + error.message() + " " +
-           std::to_string(error.code());
-  }
-  return "none";
-}
 
 TEST(Row, ConvertsBetweenNumbersButNeverBetweenNumbersAndTexts) {
   const Row row{
@@ -56,20 +45,17 @@ TEST_F(Connection, CountsTheRowsThatTheStatementItselfChanged) {
 }
 
 TEST_F(Connection, BindsByPositionAndReadsEveryKindOfValue) {
-  const std::vector parameters{SQLValue::text(std::string("ab\0c", 4)),
-                               SQLValue::from(dateSince1970(0.5)), SQLValue::integer(-7)};
-  const auto bound = db.query("SELECT ? || ? || ? AS x, ? AS y; nonsense", parameters);
-  EXPECT_EQ(bound.at(0).stringValue("x"), "ab0.5-7");
-  EXPECT_TRUE(bound[0].find("y")->isNull());
-  EXPECT_EQ(db.query("SELECT ? AS a", parameters).at(0).stringValue("a"), "ab");
   const auto rows = db.query(
-      "SELECT x'00ff' AS blob, CAST(x'61ff62006364' AS TEXT) AS broken, 1 AS twice, 'two' AS "
-      "twice, '' AS empty");
+      "SELECT ? AS a, ? || ? AS b, ? AS missing, x'00ff' AS blob, CAST(x'61ff62006364' AS TEXT) AS "
+      "broken, 1 AS twice, 'two' AS twice, '' AS empty; nonsense",
+      {SQLValue::text(std::string("ab\0c", 4)), SQLValue::from(dateSince1970(0.5)),
+       SQLValue::integer(-7)});
   std::string columns;
   for (const auto& [name, value] : rows.at(0).columns()) {
     columns.append(name).append(value->isNull() ? " is null;" : "=" + *value->asText() + ";");
   }
-  EXPECT_EQ(columns, "blob is null;broken=a\uFFFDb;twice=two;empty=;");
+  EXPECT_EQ(columns, "a=ab;b=0.5-7;missing is null;blob is null;broken=a\uFFFDb;twice=two;empty=;");
+  EXPECT_EQ(db.query("SELECT 1", {SQLValue::null(), SQLValue::null()}).size(), 1U);
 }
 
 TEST_F(Connection, HasTheSettingsThatTheOtherProgramsCountOn) {
@@ -87,32 +73,32 @@ TEST_F(Connection, WaitsForALockAlsoWhileItOpens) {
   EXPECT_NO_THROW(opening.get());
 }
 
-TEST_F(Connection, TreatsURIsAndMemoryNamesAsFileNames) {
-  const auto before = std::filesystem::current_path();
-  std::filesystem::current_path(folder.path());
-  for (const char* name : {":memory:", "file:x?mode=memory"}) {
-    Database(name).execute("CREATE TABLE kept(x)");
-    EXPECT_TRUE(Database(folder.path() / name).query("SELECT * FROM kept").empty()) << name;
-  }
-  std::filesystem::current_path(before);
-}
-
 TEST_F(Connection, SaysWhatFailedInWordsAndInNumbers) {
   const std::string unknown = "SELECT \xFF";
   const std::string taken = "INSERT INTO a VALUES (2), (1)";
   const std::string later = "SELECT abs(x) FROM a";  // fails on its second row
   db.execute("CREATE TABLE a(x PRIMARY KEY); INSERT INTO a VALUES (1), (-9223372036854775808)");
-  EXPECT_EQ(failure([&] { db.run(unknown); }), "query: no such column: \uFFFD 1");
-  EXPECT_EQ(failure([&] { db.query(unknown); }), "query: no such column: \uFFFD 1");
-  EXPECT_EQ(failure([&] { db.execute(unknown); }), "query: no such column: \uFFFD 1");
-  EXPECT_EQ(failure([&] { db.run(taken); }), "query: UNIQUE constraint failed: a.x 1555");
-  EXPECT_EQ(failure([&] { db.query(taken); }), "query: UNIQUE constraint failed: a.x 1555");
-  EXPECT_EQ(failure([&] { db.query(later); }), "query: integer overflow 1");
-  EXPECT_EQ(failure([&] { db.run(later); }), "none");  // up to its first row
-  EXPECT_EQ(failure([&] { db.execute("DELETE FROM a; " + later + "x; DROP TABLE a"); }),
-            "query: no such table: ax 1");
-  EXPECT_TRUE(db.query("SELECT * FROM a").empty());
-  EXPECT_EQ(failure([&] { Database{folder.path()}; }), "open: unable to open database file 14");
+  const std::string noColumn = "Erro no banco: no such column: \uFFFD";
+  EXPECT_EQ(databaseError([&] { db.run(unknown); }), noColumn);
+  EXPECT_EQ(databaseError([&] { db.query(unknown); }), noColumn);
+  EXPECT_EQ(databaseError([&] { db.execute(unknown); }), noColumn);
+  EXPECT_EQ(databaseError([&] { db.query(later); }), "Erro no banco: integer overflow");
+  EXPECT_NO_THROW(db.run(later));  // up to its first row
+  EXPECT_EQ(
+      databaseError([&] { db.execute("DELETE FROM a WHERE x < 1; " + later + "x; DROP TABLE a"); }),
+      "Erro no banco: no such table: ax");
+  EXPECT_EQ(databaseError([&] { Database{folder.path()}; }),
+            "Não abri o banco: unable to open database file");
+  EXPECT_THROW(db.query(taken), DatabaseError);
+  try {
+    db.run(taken);
+    ADD_FAILURE() << "inserted twice";
+  } catch (const DatabaseError& error) {
+    EXPECT_EQ(error.message(), "UNIQUE constraint failed: a.x");
+    EXPECT_EQ(error.kind(), DatabaseError::Kind::query);
+    EXPECT_EQ(error.code(), 1555);  // SQLITE_CONSTRAINT_PRIMARYKEY
+  }
+  EXPECT_EQ(db.query("SELECT * FROM a").size(), 1U);
 }
 
 /// Several threads on one connection and on one store.
@@ -131,8 +117,8 @@ TEST_F(Threads, GetTheirOwnAnswersAndEveryChangeCounts) {
       EXPECT_EQ(store.db().run("UPDATE recado SET duration = 0 WHERE id GLOB ?",
                                {SQLValue::text(name + "*")}),
                 round);
-      EXPECT_EQ(failure([&] { store.db().query("SELECT " + name); }),
-                "query: no such column: " + name + " 1");
+      EXPECT_EQ(databaseError([&] { store.db().query("SELECT " + name); }),
+                "Erro no banco: no such column: " + name);
     }
   };
   {

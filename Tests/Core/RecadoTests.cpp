@@ -103,15 +103,15 @@ TEST_F(Messages, LoseTheirRecordingThenThemselves) {
 }
 
 TEST_F(Messages, AreReadFromAnyRow) {
-  for (const char* row :
-       {"SELECT 'Pego' AS status", "SELECT recado.* FROM (SELECT 1) LEFT JOIN recado ON FALSE",
-        "SELECT 7 AS id, '1' AS created_at, '1' AS duration, 7 AS audio_path, 7 AS transcript, "
-        "7 AS title, 7 AS destino_id, 7 AS status, 7 AS claimed_by, '1' AS claimed_at, "
-        "7 AS result, '1' AS resolved_at, 7 AS language"}) {
-    const Recado recado = TroviStore::recadoFrom(other.query(row).at(0));
-    EXPECT_LT(std::abs(secondsSince1970(recado.createdAt) - secondsSince1970(now())), 60);
-    EXPECT_EQ(recado, (Recado{"", recado.createdAt, 0, {}, "", "", {}, pendente}));
-  }
+  const Row row = other
+                      .query(
+                          "SELECT 7 AS id, '1' AS created_at, '1' AS duration, 7 AS audio_path, "
+                          "7 AS transcript, 7 AS title, 7 AS destino_id, 'Pego' AS status, "
+                          "7 AS claimed_by, '1' AS claimed_at, 7 AS result, '1' AS resolved_at")
+                      .at(0);
+  const Recado recado = TroviStore::recadoFrom(row);
+  EXPECT_LT(std::abs(secondsSince1970(recado.createdAt) - secondsSince1970(now())), 60);
+  EXPECT_EQ(recado, (Recado{"", recado.createdAt, 0, {}, "", "", {}, pendente}));
 }
 
 TEST_F(Messages, AreListedNewestFirstByAllConditionsTogether) {

@@ -1,7 +1,4 @@
-// The example synchroniser between two inboxes and one folder: the store's change records as a
-// program uses them that may be killed.
-#include <unistd.h>
-
+// The example synchroniser between two inboxes and one folder.
 #include <cstdlib>
 
 #include "Inbox.h"
@@ -11,24 +8,14 @@ namespace {
 
 class Synchroniser : public Inbox {
  protected:
-  Synchroniser() { other.run("ATTACH ? AS b", {SQLValue::text(folder.path() / "b")}); }
-
   /// Whether a script succeeds beside the inboxes and the shared folder.
   bool sh(const std::string& script) const {
     return std::system(("cd " + folder.path().string() + "; " + script).c_str()) == 0;
   }
   /// Whether a run on each of the inboxes, $a and b, succeeds. All print to the file "out".
-  bool run(const std::string& inboxes, const std::string& end = "|| exit") const {
-    const std::string runs = "; do '" TROVI_SYNCHRONISER "' $i shared " + end + "; done >out 2>&1";
-    return sh("mkdir -p shared; a=trovi.sqlite; for i in " + inboxes + runs);
-  }
-  /// After four runs on each inbox there must be nothing left to do, and both must be equal, down
-  /// to the time of each state.
-  void expectInStep() {
-    EXPECT_TRUE(run("$a b $a b $a b $a b") && run("$a b") && sh("! grep . out"));
-    const char* all = "id || status || quote(claimed_by) || quote(result) || updated_at || dirty";
-    EXPECT_EQ(each(all, "recado ORDER BY id"), each(all, "b.recado ORDER BY id"));
-    EXPECT_EQ(each("id", "recado_apagado") + each("id", "b.recado_apagado"), "");
+  bool run(const std::string& inboxes) const {
+    return sh("mkdir -p shared; a=trovi.sqlite; for i in " + inboxes +
+              "; do '" TROVI_SYNCHRONISER "' $i shared || exit; done >out 2>&1");
   }
 
   TroviStore second{folder.path() / "b"};
@@ -39,25 +26,26 @@ TEST_F(Synchroniser, LetsTheNewestStateWinAndADeletionBeFinal) {
   store.setStatus("failed", RecadoStatus::falhou);  // stays where it is, as a recording does
   store.setAudioPath("gone", "/not/here");
   EXPECT_TRUE(run("$a b") && sh("! grep -r not/here shared && cp -r shared old"));
-  EXPECT_TRUE(second.recado("../é") == someRecado("../é") && !second.recado("failed"));
-
-  EXPECT_TRUE(store.claim({.id = "../é", .by = "A"}));
-  usleep(2000);  // SQLite's clock counts milliseconds
-  EXPECT_TRUE(second.resolve({.id = "../é", .result = "B"}));
-  other.execute("UPDATE recado SET result = 'A', updated_at = 4e9 WHERE id = 'tie'");
-  other.execute("UPDATE b.recado SET result = 'C', updated_at = 4e9 WHERE id = 'tie'");
+  other.run("ATTACH ? AS b", {SQLValue::text(folder.path() / "b")});
+  other.execute(
+      "UPDATE recado SET result = 'A', updated_at = 4e9 WHERE id = '../é';"
+      "UPDATE b.recado SET result = 'B', updated_at = 4e9 + 0.001 WHERE id = '../é';"
+      "UPDATE recado SET result = 'A', updated_at = 4e9 WHERE id = 'tie';"
+      "UPDATE b.recado SET result = 'C', updated_at = 4e9 WHERE id = 'tie';"
+      "UPDATE b.recado SET result = 'D' WHERE id = 'gone';");
   for (const char* id : {"gone", "failed"}) store.deleteRecado(id);
-  EXPECT_TRUE(second.claim({.id = "gone", .by = "B"}));
   EXPECT_TRUE(run("b $a") && sh("rm -r shared/" + store.meta("synchroniser.machine").value()));
   // The draft of a killed run goes; what others put there is named, and stays.
-  EXPECT_TRUE(sh("cd shared/*; echo { | tee x.json x.tmp >$(printf %036d 0).tmp") && run("$a"));
+  EXPECT_TRUE(sh("cd shared/*; echo { | tee x.json x.tmp >$(printf %036d 0).tmp") && run("b"));
   EXPECT_TRUE(sh("test -e shared/*/x.tmp && grep x.json out && rm shared/*/x.*"));
-  for (int i = 0; i < 2; ++i) {  // then files of an earlier time arrive
-    EXPECT_EQ(run("$a") ? each("id || quote(result)") : "", "../é'B';tie'C';");
-    expectInStep();
-    EXPECT_TRUE(sh("! { grep -r gone shared || ls shared/*/*.tmp; } && cp -r old/* shared"));
+  EXPECT_TRUE(sh("cp -r old/* shared"));  // files of an earlier time arrive
+  EXPECT_TRUE(run("$a b $a b $a b $a b") && run("$a b") && sh("! grep . out"));
+  for (const std::string inbox : {"", "b."}) {
+    EXPECT_EQ(each("id || ' ' || result || dirty", inbox + "recado"), "../é B0;tie C0;");
+    EXPECT_EQ(each("id", inbox + "recado_apagado"), "");
   }
-  EXPECT_FALSE(run("none") || sh("ls none || ! >empty") || run("empty") || sh("grep recado empty"));
+  EXPECT_TRUE(sh("! { grep -r gone shared || ls shared/*/*.tmp; } 2>/dev/null"));
+  EXPECT_FALSE(run("none") || sh("ls none 2>/dev/null"));
 }
 
 }  // namespace

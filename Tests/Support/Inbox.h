@@ -10,11 +10,11 @@
 
 namespace trovi {
 
-/// @{
 /// How a failed comparison shows a record.
-inline void PrintTo(const Recado& recado, std::ostream* out) { *out << toJSON(recado); }
-inline void PrintTo(const Destino& destino, std::ostream* out) { *out << toJSON(destino); }
-/// @}
+template <Record Type>
+void PrintTo(const Type& record, std::ostream* out) {
+  *out << toJSON(record);
+}
 
 }  // namespace trovi
 

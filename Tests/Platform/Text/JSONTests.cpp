@@ -18,14 +18,5 @@ TEST(ByteScan, FindsEachByteThatMustBeEscapedAtEveryPlace) {
   }
 }
 
-TEST(JSON, PrettyTextSortsItsKeysAndIndentsByTwo) {
-  const JSONObject object{{"b", JSONArray{"a/ç\n\\\"\x01", JSONArray()}}, {"a", JSONObject()}};
-  std::string out;
-  appendPrettyJSONText(out, JSONArray{7, object});
-  EXPECT_EQ(out,
-            R"("[\n  7,\n  {\n    \"a\": {},\n    \"b\": [\n      \"a/ç\\n\\\\\\\"\\u0001\",\n)"
-            R"(      []\n    ]\n  }\n]")");
-}
-
 }  // namespace
 }  // namespace trovi::platform

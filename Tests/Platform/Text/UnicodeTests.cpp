@@ -38,15 +38,6 @@ TEST(Unicode, ReplacesEachMaximalIllFormedPartWhereverItStands) {
   }
 }
 
-TEST(Unicode, TrimsBlanksOfEveryKindButNoLineBreaks) {
-  const std::string blanks =
-      "\t \u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A\u202F"
-      "\u205F\u3000";
-  for (const std::string kept : {"a b", "", "\n", "\r", "\u0085", "\u2028", "\u200B", "\uFEFF"}) {
-    EXPECT_EQ(trimmedBlanks(blanks + kept + blanks), kept);
-  }
-}
-
 TEST(Unicode, FoldsCaseAndDiacriticsButNoLettersOfOtherScripts) {
   const std::pair<std::string, std::string> cases[] = {
       {"áàâãÁA\u0301\u0301Çc\u0327ü\u1EC7Å\u212B", "aaaaaaccueaa"},
