@@ -237,6 +237,8 @@ void again(Inbox& inbox, const Words& words) {
 
 /// Copies a file, or a part of it, to a new one. Whether it is all of it, and not empty.
 bool copied(const path& from, const path& to) {
+  std::error_code unknown;
+  if (!is_regular_file(from, unknown)) return false;  // a device may have no end
   std::ifstream in(from, std::ios::binary);
   std::ofstream out(to, std::ios::binary);
   out << in.rdbuf();  // does not report a full disk

@@ -52,7 +52,7 @@ chmod +x recogniser killer
 # Two seconds; the lengths were not known when it was written.
 printf 'RIFF\377\377\377\377WAVEfmt \020\0\0\0\001\0\001\0\200\076\0\0\0\175\0\0\002\0\020\0data\377\377\377\377' >note.wav
 head -c 64000 /dev/zero >>note.wav
-for missing in missing.wav .; do says 1 'não copiei' transcribe $missing ./recogniser; done
+for missing in missing.wav . /dev/zero; do says 1 'não copiei' transcribe $missing ./recogniser; done
 [ -z "$(ls Audio)$(id falhou)$(id transcrevendo)" ]
 says 0 '  Ideias soltas  x para ideias soltas: nada$' transcribe note.wav ./recogniser x
 says 0 '^duração: 2.0 s$' show "$(id pendente)"
