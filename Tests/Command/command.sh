@@ -28,7 +28,6 @@ says 0 "^      \[31m 2J $(printf '\357\277\275')\$" show "$first"
 says 1 vazio note "$(printf ' \342\200\250')"
 # shellcheck disable=SC2086
 for use in '' nota 'note --texto' 'list Pendente' show 'file a b c' --inbox; do says 2 '^uso: ' $use; done
-says 0 nenhum list pego
 for n in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16; do says 0 "  -  $n\$" note $n; done
 twice=$("$trovi" --inbox inbox list | cut -c 1 | sort | uniq -d | head -n 1)  # there are sixteen digits
 says 1 " $twice.* $twice" show "$twice"

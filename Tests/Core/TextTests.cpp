@@ -23,11 +23,9 @@ TEST(Title, IsTheFirstSentenceAsItWasSpoken) {
                 {"... comprar pão .", " comprar pão "},
                 {"?!", "?!"},
                 {"um\r\ndois\n\rtrês", "um\r\ndois"},
-                {"um\rdois", "um\rdois"},
                 {"um.\u0301 dois. três", "um.\u0301 dois"},
                 {"um\n\u0301dois", "um"},
                 {"um\u3002dois\uFF01três\u2026", "um\u3002dois\uFF01três\u2026"},
-                {" \u0301um. dois", "\u0301um"},
                 {"um\xFF. dois", "um\uFFFD"}});
 }
 

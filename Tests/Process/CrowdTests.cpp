@@ -30,14 +30,11 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
     return rows.at(0).intValue("n");
   };
   std::int64_t answered = 0;
-  constexpr std::size_t servers = 3;
-  constexpr std::size_t burst = servers * 20;
+  constexpr std::size_t servers = 3, burst = servers * 20;
   constexpr int rounds = 20;
   for (int round = 0; round < rounds; ++round) {
     std::deque<ServerProcess> crowd(servers);
-    const auto result = [&](std::size_t i) {
-      return std::to_string(round) + "." + std::to_string(i);
-    };
+    const auto result = [&](std::size_t i) { return std::to_string(round * 100 + int(i)); };
     for (std::size_t i = 0; i < burst; ++i) {
       const std::string id = std::to_string(below(10));
       crowd[i % servers].send(

@@ -5,18 +5,7 @@
 #include <string>
 
 #include "TemporaryFolder.h"
-#include "TroviCore/Coding.h"
 #include "TroviCore/Store.h"
-
-namespace trovi {
-
-/// How a failed comparison shows a record.
-template <Record Type>
-void PrintTo(const Type& record, std::ostream* out) {
-  *out << toJSON(record);
-}
-
-}  // namespace trovi
 
 namespace trovi::tests {
 
