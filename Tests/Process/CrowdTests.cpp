@@ -25,16 +25,13 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
       "CREATE TABLE book(result UNIQUE); CREATE TRIGGER book AFTER UPDATE OF result ON recado "
       "BEGIN INSERT INTO book VALUES (NEW.result); END");
 
-  const auto booked = [&](const std::string& results) {
-    const auto rows = recorder.db().query("SELECT count(*) AS n FROM book WHERE result " + results);
-    return rows.at(0).intValue("n");
-  };
-  std::int64_t answered = 0;
+  Database& db = recorder.db();
+  std::size_t answered = 0;
   constexpr std::size_t servers = 3, burst = servers * 20;
-  constexpr int rounds = 20;
-  for (int round = 0; round < rounds; ++round) {
+  constexpr std::size_t rounds = 20;
+  for (std::size_t round = 0; round < rounds; ++round) {
     std::deque<ServerProcess> crowd(servers);
-    const auto result = [&](std::size_t i) { return std::to_string(round * 100 + int(i)); };
+    const auto result = [&](std::size_t i) { return std::to_string(round * burst + i); };
     for (std::size_t i = 0; i < burst; ++i) {
       const std::string id = std::to_string(below(10));
       crowd[i % servers].send(
@@ -49,15 +46,18 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
       EXPECT_TRUE(reply || i % servers == killed);
       if (!reply || reply == failure("Erro no Trovi: Erro no banco: database is locked")) continue;
       EXPECT_TRUE(succeeded(reply)) << *reply;
-      EXPECT_EQ(booked("= '" + result(i) + "'"), 1);
+      const auto found =
+          db.query("SELECT * FROM book WHERE result = ?", {SQLValue::text(result(i))});
+      EXPECT_EQ(found.size(), 1U);
       ++answered;
     }
   }
   EXPECT_GT(answered, rounds);
-  EXPECT_LE(booked("<> ''"), answered + rounds);  // + what killed servers did not confirm
-  const auto changes = recorder.db().query("SELECT sum(dirty - 2) AS n FROM recado");
-  EXPECT_EQ(changes.at(0).intValue("n"), rounds + booked("<> ''").value());
-  expectSound(recorder.db());
+  const auto booked = db.query("SELECT * FROM book").size();
+  EXPECT_LE(booked, answered + rounds);  // + what killed servers did not confirm
+  const auto changes = db.query("SELECT sum(dirty - 2) AS n FROM recado");
+  EXPECT_EQ(changes.at(0).intValue("n"), rounds + booked);
+  expectSound(db);
 }
 
 /// Assistants start several servers at once when there is no inbox yet; one of them is killed. An
