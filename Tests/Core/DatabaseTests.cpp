@@ -89,6 +89,7 @@ TEST_F(Connection, SaysWhatFailedInWordsAndInNumbers) {
       "Erro no banco: no such table: ax");
   EXPECT_EQ(databaseError([&] { Database{folder.path()}; }),
             "Não abri o banco: unable to open database file");
+  EXPECT_EQ(DatabaseError::open("").kind(), DatabaseError::Kind::open);
   EXPECT_THROW(db.query(taken), DatabaseError);
   try {
     db.run(taken);

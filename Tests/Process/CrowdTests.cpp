@@ -27,7 +27,8 @@ TEST(SharedFile, LosesNoChangeAndAppliesNoneTwice) {
 
   Database& db = recorder.db();
   std::size_t answered = 0;
-  constexpr std::size_t servers = 3, burst = servers * 20;
+  constexpr std::size_t servers = 3;
+  constexpr std::size_t burst = servers * 20;
   constexpr std::size_t rounds = 20;
   for (std::size_t round = 0; round < rounds; ++round) {
     std::deque<ServerProcess> crowd(servers);

@@ -46,7 +46,6 @@ class ServerProcess {
 
   /// The next line without its terminator; absent at the end of the output.
   std::optional<std::string> receive();
-  void closeOutput() { output_.reset(); }
 
   /// The reply to `line`, if there is one. In any case, the server must answer the next request.
   std::optional<std::string> ask(std::string_view line);

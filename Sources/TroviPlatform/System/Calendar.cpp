@@ -8,8 +8,7 @@ std::time_t startOfMonth(std::time_t now) {
   if (localtime_r(&now, &wanted) == nullptr) return now;
   const auto inMonth = [&](std::time_t instant) {
     std::tm local{};
-    return localtime_r(&instant, &local) != nullptr && local.tm_year == wanted.tm_year &&
-           local.tm_mon == wanted.tm_mon;
+    return localtime_r(&instant, &local) != nullptr && local.tm_mon == wanted.tm_mon;
   };
   // Not mktime: its answer is wrong in time zones that skip or repeat midnight on the 1st.
   constexpr std::time_t day = 86400;
