@@ -94,23 +94,19 @@ TEST(FirstStart, IsWholeForEveryServerWhateverIsThereBefore) {
 
 /// Programs that only use SQLite know nothing of the store's lock.
 TEST(FirstStart, LosesNothingThatAnotherProgramCommitsMeanwhile) {
-  const auto does = [](const auto& work) {
-    try {
-      work();
-      return true;
-    } catch (const DatabaseError&) {  // SQLite does not let two switch a new file's mode at once
-      return false;
-    }
-  };
   for (int committed = 0; committed < 200;) {
     const Home home;
     const auto inbox = Home::inbox();
     std::optional<Database> other;
-    auto opening = std::async(std::launch::async, does, [&] { TroviStore store(inbox); });
-    const bool commits = does([&] { other.emplace(inbox).execute("CREATE TABLE mine(x)"); });
+    const auto opening = std::async(std::launch::async, [&] { TroviStore store(inbox); });
+    try {
+      other.emplace(inbox).execute("CREATE TABLE mine(x)");
+    } catch (const DatabaseError&) {
+      continue;  // SQLite does not let two switch a new file's mode at once
+    }
     opening.wait();
-    EXPECT_EQ(does([&] { Database(inbox).query("SELECT * FROM mine"); }), commits);
-    if (commits) ++committed;
+    EXPECT_NO_THROW(Database(inbox).query("SELECT * FROM mine"));
+    ++committed;
   }
 }
 
