@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -40,7 +41,7 @@ using Words = std::vector<char*>;    // of the command line
 using Failure = std::runtime_error;  // a sentence: what could not be done, and what to do
 struct WrongUse {};
 
-constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] e um destes:
+constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] seguido de um destes:
   note [TEXTO]             guarda um recado; sem TEXTO, lê a entrada padrão
   transcribe GRAVAÇÃO COMANDO [ARGUMENTO…]
                            guarda a gravação, com o texto que COMANDO [ARGUMENTO…] GRAVAÇÃO imprime
@@ -49,8 +50,8 @@ constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] e um destes:
   list [STATUS]            lista os recados, o mais novo primeiro, sem os resolvidos; STATUS:
                            transcrevendo, pendente, pego, resolvido, falhou ou todos
   show ID                  mostra tudo de um recado; de um ID basta o começo
-  file ID [DESTINO]        põe o recado em outro destino, ou em nenhum
-  reopen ID                torna o recado pendente outra vez, sem quem o pegou e sem resultado
+  file ID [DESTINO]        muda o destino do recado; sem DESTINO, tira
+  reopen ID                volta o recado para pendente, e apaga o resultado e quem o pegou
   delete ID                apaga o recado e a gravação dele
   destinos                 lista os destinos com as suas instruções
   destino NOME INSTRUÇÃO   cria um destino, ou muda a instrução dele
@@ -87,7 +88,7 @@ void print(const std::vector<Row>& rows, std::string_view lineBreak) {
       if (value->asText() != nullptr) std::cout << shown(*value->asText(), lineBreak) << '\n';
     }
   }
-  if (rows.empty()) std::cerr << "não há nenhum\n";
+  if (rows.empty()) std::cerr << "nada para listar\n";
 }
 
 /// A message in one line, and all of it.
@@ -109,22 +110,23 @@ void confirm(Inbox& inbox, const std::string& id) {
 
 /// The message with this id, or the only one whose id begins so.
 Recado found(Inbox& inbox, const std::string& id) {
-  constexpr const char* beginning = R"(SELECT * FROM recado WHERE substr(id, 1, length(?1)) = ?1
-    AND ?1 <> '' ORDER BY id <> ?1, id LIMIT 10)";
+  constexpr const char* beginning = R"(SELECT * FROM recado WHERE ?1 <> ''
+    AND substr(id, 1, length(?1)) = ?1 COLLATE NOCASE ORDER BY id <> ?1, id LIMIT 10)";
   const auto rows = inbox.rows(beginning, id);
   std::string ids;
   for (const Row& row : rows) ids += " " + row.stringValue("id").value_or("");
-  if (rows.empty()) throw Failure("não há recado " + id + "; os ids estão em: trovi list todos");
+  if (rows.empty())
+    throw Failure("nenhum recado tem o id " + id + "; para ver os ids: trovi list todos");
   Recado recado = TroviStore::recadoFrom(rows[0]);
   if (rows.size() == 1 || recado.id == id) return recado;
-  throw Failure("mais de um recado começa com " + id + "; digite mais letras:" + ids);
+  throw Failure("mais de um id começa com " + id + "; digite mais letras:" + ids);
 }
 
 Destino foundDestino(Inbox& inbox, const std::string& name) {
   if (auto destino = inbox.destinoNamed(name)) return *std::move(destino);
   std::string names;
   for (const Destino& destino : inbox.destinos()) names += " \"" + destino.name + "\"";
-  throw Failure("não há destino \"" + name + "\"; os que há:" + names);
+  throw Failure("não há destino \"" + name + "\"; os que existem:" + names);
 }
 
 /// `text` without white space around it. A NUL, which would end it in the store, becomes a blank.
@@ -195,10 +197,17 @@ std::pair<std::string, std::string> outputOf(Words command) {
   posix_spawn_file_actions_destroy(&actions);
   if (status != 0) return {"", "não existe ou não é um programa"};
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  struct statvfs disk {};  // few programs notice that it is full, and the text would be cut off
+  const bool isFull = fstatvfs(fileno(file.get()), &disk) == 0 && disk.f_bavail == 0;
+  if (isFull) return {"", "não terminou: não há espaço para arquivos temporários"};
   std::string output;
   std::rewind(file.get());
   for (int c = 0; (c = std::getc(file.get())) != EOF;) output += static_cast<char>(c);
   return {output, status == 0 ? "" : WIFSIGNALED(status) ? "foi interrompido" : "falhou"};
+}
+
+bool waitsForText(const Recado& recado) {
+  return recado.status == transcrevendo || recado.status == falhou;
 }
 
 /// Has a program transcribe the recording of a message.
@@ -207,31 +216,41 @@ void again(Inbox& inbox, const Words& words) {
   const std::string& id = recado.id;
   const std::string program = words[1];
   std::string recording = recado.audioPath.value_or("");
-  if (recado.status != falhou && recado.status != transcrevendo) {
+  if (!waitsForText(recado)) {
     throw Failure("o recado " + id + " já tem texto; para ler: trovi show " + id);
   }
   if (!std::ifstream(recording)) throw Failure("falta a gravação de " + id + ": " + recording);
   inbox.setStatus(id, transcrevendo);
-  std::cerr << shown("transcrevendo " + id + "; a gravação está em " + recording) + "\n";
+  const std::string retry = "trovi transcribe --again " + id + " " + program + " …";
+  std::cerr << shown("transcrevendo " + id + "; a gravação está em " + recording +
+                     "; se parar no meio: " + retry) +
+                   "\n";
   Words command(words.begin() + 1, words.end());
   command.push_back(recording.data());
   auto [output, failure] = outputOf(command);
-  const Recado draft = drafted(inbox, cleaned(output));
-  if (failure.empty() && draft.transcript.empty()) failure = "não imprimiu nada";
-  const Recado current = found(inbox, id);
-  if (current.status != transcrevendo) {
-    throw Failure(id + " mudou enquanto isso e fica como está; o texto era: " + draft.transcript);
+  const std::string text = cleaned(output);
+  if (failure.empty() && text.empty()) failure = "não imprimiu nada";
+  const std::string outcome =
+      failure.empty() ? "; o texto era: " + text : "; " + program + " " + failure;
+  try {  // it took long: the message may have changed, or the inbox be locked
+    const Recado current = found(inbox, id);
+    if (!waitsForText(current)) {
+      throw Failure(id + " mudou enquanto isso e fica como está" + outcome);
+    }
+    if (!failure.empty()) {
+      inbox.setStatus(id, falhou);
+      throw Failure(program + " " + failure +
+                    "; a gravação está guardada. Tente outra vez: " + retry);
+    }
+    const Recado draft = drafted(inbox, text);
+    inbox.finishTranscription({.id = id,
+                               .transcript = text,
+                               .title = draft.title,
+                               .destinoID = draft.destinoID ? draft.destinoID : current.destinoID,
+                               .language = current.language});
+  } catch (const DatabaseError& error) {
+    throw Failure(error.what() + outcome + "; tente outra vez: " + retry);
   }
-  if (!failure.empty()) {
-    inbox.setStatus(id, falhou);
-    throw Failure(program + " " + failure + "; a gravação está guardada. Tente outra vez: " +
-                  "trovi transcribe --again " + id + " " + program + " …");
-  }
-  inbox.finishTranscription({.id = id,
-                             .transcript = draft.transcript,
-                             .title = draft.title,
-                             .destinoID = draft.destinoID ? draft.destinoID : current.destinoID,
-                             .language = current.language});
   confirm(inbox, id);
 }
 
@@ -251,12 +270,15 @@ void transcribe(Inbox& inbox, const Words& words) {
   const path recording = words[0];
   Recado recado = drafted(inbox, "");
   const std::string copy = inbox.recordings / (recado.id + shown(recording.extension().string()));
-  if (shown(copy) != copy) throw Failure("a pasta das gravações tem um nome estranho: " + copy);
+  if (shown(copy) != copy)
+    throw Failure("o caminho da pasta das gravações tem caracteres que não dá para mostrar: " +
+                  copy);
   std::unique_ptr<const char, int (*)(const char*)> orphan(copy.c_str(), std::remove);
   mkdir(inbox.recordings.c_str(), 0700);
   if (!copied(recording, copy)) {
-    throw Failure("não copiei " + recording.string() + " para " + inbox.recordings.string() +
-                  "; veja se a gravação existe e não está vazia, e se há espaço");
+    throw Failure("não consegui copiar " + recording.string() + " para " +
+                  inbox.recordings.string() +
+                  "; veja se é um arquivo que você pode ler, não vazio, e se há espaço");
   }
   recado.title = recording.filename().string();
   recado.status = transcrevendo;
@@ -298,9 +320,15 @@ void reopen(Inbox& inbox, const Words& words) {
 void deleteRecado(Inbox& inbox, const Words& words) {
   const Recado recado = found(inbox, words[0]);
   const std::string recording = recado.audioPath.value_or("");
-  inbox.deleteRecado(recado.id);
+  try {
+    inbox.deleteRecado(recado.id);  // the recording first
+  } catch (const DatabaseError& error) {
+    throw Failure(error.what() +
+                  std::string("; apague de novo, porque a gravação pode já ter sido apagada"));
+  }
   std::cout << shown("apagado: " + recado.title + "  " + recording) << '\n';
-  if (std::ifstream(recording)) throw Failure("a gravação ficou; apague você: " + recording);
+  if (std::ifstream(recording))
+    throw Failure("não consegui apagar a gravação; apague à mão: " + recording);
 }
 
 void destinos(Inbox& inbox, const Words& /*none*/) {
@@ -364,12 +392,14 @@ void run(Words words) {
   if (words.empty()) throw WrongUse{};
   std::string name = words[0];
   words.erase(words.begin());
-  if (!words.empty() && std::string_view(words[0]).starts_with("--")) {  // an option of the verb
-    name.append(" ").append(words[0]);
+  std::string option;
+  if (!words.empty() && std::string_view(words[0]).starts_with("--")) {
+    option = words[0];
     words.erase(words.begin());
   }
+  if (!option.empty() && option != "--") name += " " + option;  // "--" ends the options
   if (name == "--version") return void(std::cout << "trovi " TROVI_VERSION "\n");
-  if (name.ends_with("--help")) return void(std::cout << usage);
+  if (name == "--help" || option == "--help") return void(std::cout << usage);
   const auto verb = std::find_if(std::begin(verbs), std::end(verbs), [&](const Verb& each) {
     return name == each.name && words.size() >= each.least && words.size() <= each.most;
   });
@@ -384,7 +414,7 @@ int main(int count, char** arguments) {
   umask(077);  // what is made from a recording is private, too
   try {
     run({arguments + std::min(count, 1), arguments + count});
-    if (!std::cout.flush()) throw Failure("não consegui escrever na saída padrão");
+    if (!std::cout.flush()) throw Failure("feito, mas não consegui escrever na saída padrão");
     return 0;
   } catch (const WrongUse&) {
     std::cerr << usage;

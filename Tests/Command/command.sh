@@ -28,7 +28,7 @@ says 0 "^      \[31m 2J $(printf '\357\277\275')\$" show "$first"
 says 1 vazio note "$(printf ' \342\200\250')"
 # shellcheck disable=SC2086
 for use in '' nota 'note --texto' 'list Pendente' show 'file a b c' --inbox; do says 2 '^uso: ' $use; done
-for n in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16; do says 0 "  -  $n\$" note $n; done
+for n in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16; do says 0 "  -  --$n --help\$" note -- "--$n --help"; done
 twice=$("$trovi" --inbox inbox list | cut -c 1 | sort | uniq -d | head -n 1)  # there are sixteen digits
 says 1 " $twice.* $twice" show "$twice"
 for none in '' % _ "${first}x"; do says 1 'trovi list todos' delete "$none"; done
@@ -51,7 +51,7 @@ chmod +x recogniser killer
 # Two seconds; the lengths were not known when it was written.
 printf 'RIFF\377\377\377\377WAVEfmt \020\0\0\0\001\0\001\0\200\076\0\0\0\175\0\0\002\0\020\0data\377\377\377\377' >note.wav
 head -c 64000 /dev/zero >>note.wav
-for missing in missing.wav . /dev/zero; do says 1 'não copiei' transcribe $missing ./recogniser; done
+for missing in missing.wav . /dev/zero; do says 1 'não consegui copiar' transcribe $missing ./recogniser; done
 [ -z "$(ls Audio)$(id falhou)$(id transcrevendo)" ]
 says 0 '  Ideias soltas  x para ideias soltas: nada$' transcribe note.wav ./recogniser x
 says 0 '^duração: 2.0 s$' show "$(id pendente)"
@@ -61,6 +61,8 @@ for bad in false true ./killer ./missing; do
 done
 # shellcheck disable=SC2016
 says 1 'fica como está' transcribe note.wav sh -c '"$0" --inbox inbox reopen "$(basename "$1" .wav)"' "$trovi"
+# shellcheck disable=SC2016
+says 0 '  -  dois$' transcribe note.wav sh -c '"$0" --inbox inbox transcribe --again "$(basename "$1" .wav)" false; echo dois' "$trovi"
 says 137 'transcrevendo .*/Audio/' transcribe note.wav ./killer x
 cut_off=$(id transcrevendo)
 cmp note.wav Audio/"$cut_off"*.wav
@@ -68,6 +70,6 @@ says 0 '  Roadmap  note.wav$' file "$cut_off" roadmap
 says 0 '  Roadmap  z /' transcribe --again "$cut_off" echo z
 says 1 "trovi show $cut_off" transcribe --again "$cut_off" ./recogniser z
 says 0 "^apagado: z /.*/Audio/$cut_off" delete "$cut_off"
-[ "$(find Audio -type f -perm 600 | grep -c .)" -eq 6 ]
-says 0 '^pendente: 23$' counts
+[ "$(find Audio -type f -perm 600 | grep -c .)" -eq 7 ]
+says 0 '^pendente: 24$' counts
 if "$trovi" --inbox inbox list >&- 2>out || ! grep -q 'saída padrão' out; then exit 1; fi
