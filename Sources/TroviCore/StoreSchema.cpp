@@ -1,5 +1,5 @@
 // The schema of the database file. The recording application opens the same file, and old files are
-// still in use: no text here ever changes.
+// still in use: no text here ever changes under its name.
 #include <array>
 #include <set>
 
