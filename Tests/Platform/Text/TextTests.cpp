@@ -1,9 +1,11 @@
+// Bytes and characters. What is JSON and what is not, the sessions show.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "Repeated.h"
+#include "Text/ByteScan.h"
 #include "Text/UTF8.h"
 #include "Text/Unicode.h"
 
@@ -11,6 +13,17 @@ namespace trovi::platform {
 namespace {
 
 using tests::repeated;
+
+TEST(ByteScan, FindsEachByteThatMustBeEscapedAtEveryPlace) {
+  for (int byte = 0; byte < 0x100; ++byte) {
+    for (std::size_t place = 0; place < 50; ++place) {
+      std::string text(50, '\xA0');
+      text[place] = static_cast<char>(byte);
+      const bool isSpecial = byte < 0x20 || byte == '"' || byte == '\\';
+      EXPECT_EQ(plainPrefix(text), isSpecial ? place : text.size()) << byte << " at " << place;
+    }
+  }
+}
 
 TEST(Unicode, ReplacesEachMaximalIllFormedPartWhereverItStands) {
   const std::pair<std::string, std::string> cases[] = {
