@@ -1,11 +1,9 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <future>
-#include <optional>
 
 #include "Inbox.h"
 
@@ -28,23 +26,6 @@ class Schema : public tests::Inbox {
     return tests::databaseError([&] { TroviStore again(file); });
   }
 };
-
-TEST(FirstStart, MakesFilesOfMode0600WhateverTheUmask) {
-  using std::filesystem::perms;
-  const tests::TemporaryFolder folder;
-  const auto file = folder.path() / "made";
-  create_symlink(file, folder.path() / "link");
-  const mode_t before = umask(0777);
-  std::optional<TroviStore> store;
-  EXPECT_NO_THROW(store.emplace(folder.path() / "link"));
-  umask(before);
-  for (const char* part : {"", "-wal", "-shm"}) {
-    EXPECT_EQ(std::filesystem::status(file.string() + part).permissions(), perms(0600)) << part;
-  }
-  permissions(file, perms(0640));
-  TroviStore again(file);
-  EXPECT_EQ(status(file).permissions(), perms(0640));
-}
 
 TEST(FirstStart, IsThatOfOneProgramAtATimeUntilTheFileIsWhole) {
   using namespace std::chrono_literals;
