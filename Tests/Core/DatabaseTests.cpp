@@ -10,11 +10,8 @@ namespace {
 
 using tests::databaseError;
 
-class Connection : public testing::Test {
- protected:
-  tests::TemporaryFolder folder;
-  Database db{folder.path() / "test.sqlite"};
-};
+/// The connection is the fixture's `other`.
+class Connection : public tests::Inbox {};
 
 TEST(Row, ConvertsBetweenNumbersButNeverBetweenNumbersAndTexts) {
   const Row row{
@@ -36,16 +33,16 @@ TEST(Row, ConvertsBetweenNumbersButNeverBetweenNumbersAndTexts) {
 }
 
 TEST_F(Connection, CountsTheRowsThatTheStatementItselfChanged) {
-  db.execute(
+  other.execute(
       "CREATE TABLE a(x); CREATE TABLE log(x); INSERT INTO a VALUES (1), (2), (3);"
       "CREATE TRIGGER t AFTER UPDATE ON a BEGIN INSERT INTO log VALUES (1), (2); END");
-  EXPECT_EQ(db.run("UPDATE a SET x = x + 1"), 3);
-  EXPECT_EQ(db.run("UPDATE a SET x = 0 WHERE x > ?", {SQLValue::integer(99)}), 0);
-  EXPECT_EQ(db.query("SELECT * FROM log").size(), 6U);
+  EXPECT_EQ(other.run("UPDATE a SET x = x + 1"), 3);
+  EXPECT_EQ(other.run("UPDATE a SET x = 0 WHERE x > ?", {SQLValue::integer(99)}), 0);
+  EXPECT_EQ(other.query("SELECT * FROM log").size(), 6U);
 }
 
 TEST_F(Connection, BindsByPositionAndReadsEveryKindOfValue) {
-  const auto rows = db.query(
+  const auto rows = other.query(
       "SELECT ? AS a, ? || ? AS b, ? AS missing, x'00ff' AS blob, CAST(x'61ff62006364' AS TEXT) AS "
       "broken, 1 AS twice, 'two' AS twice, '' AS empty; nonsense",
       {SQLValue::text(std::string("ab\0c", 4)), SQLValue::from(dateSince1970(0.5)),
@@ -55,19 +52,20 @@ TEST_F(Connection, BindsByPositionAndReadsEveryKindOfValue) {
     columns.append(name).append(value->isNull() ? " is null;" : "=" + *value->asText() + ";");
   }
   EXPECT_EQ(columns, "a=ab;b=0.5-7;missing is null;blob is null;broken=a\uFFFDb;twice=two;empty=;");
-  EXPECT_EQ(db.query("SELECT 1", {SQLValue::null(), SQLValue::null()}).size(), 1U);
+  EXPECT_EQ(other.query("SELECT 1", {SQLValue::null(), SQLValue::null()}).size(), 1U);
 }
 
 TEST_F(Connection, HasTheSettingsThatTheOtherProgramsCountOn) {
-  EXPECT_EQ(db.query("PRAGMA journal_mode").at(0).stringValue("journal_mode"), "wal");
-  EXPECT_EQ(db.query("PRAGMA foreign_keys").at(0).intValue("foreign_keys"), 1);
-  EXPECT_EQ(db.query("PRAGMA synchronous").at(0).intValue("synchronous"), 2);
-  EXPECT_EQ(db.query("PRAGMA busy_timeout").at(0).intValue("timeout"), 4000);
+  EXPECT_EQ(other.query("PRAGMA journal_mode").at(0).stringValue("journal_mode"), "wal");
+  EXPECT_EQ(other.query("PRAGMA foreign_keys").at(0).intValue("foreign_keys"), 1);
+  EXPECT_EQ(other.query("PRAGMA synchronous").at(0).intValue("synchronous"), 2);
+  EXPECT_EQ(other.query("PRAGMA busy_timeout").at(0).intValue("timeout"), 4000);
 }
 
 TEST_F(Connection, WaitsForALockAlsoWhileItOpens) {
+  Database db(folder.path() / "new");
   db.execute("PRAGMA journal_mode=DELETE; CREATE TABLE a(x); BEGIN EXCLUSIVE");
-  auto opening = std::async(std::launch::async, [&] { Database(folder.path() / "test.sqlite"); });
+  auto opening = std::async(std::launch::async, [&] { Database(folder.path() / "new"); });
   EXPECT_EQ(opening.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
   db.execute("COMMIT");
   EXPECT_NO_THROW(opening.get());
@@ -77,35 +75,31 @@ TEST_F(Connection, SaysWhatFailedInWordsAndInNumbers) {
   const std::string unknown = "SELECT \xFF";
   const std::string taken = "INSERT INTO a VALUES (2), (1)";
   const std::string later = "SELECT abs(x) FROM a";  // fails on its second row
-  db.execute("CREATE TABLE a(x PRIMARY KEY); INSERT INTO a VALUES (1), (-9223372036854775808)");
+  other.execute("CREATE TABLE a(x PRIMARY KEY); INSERT INTO a VALUES (1), (-9223372036854775808)");
   const std::string noColumn = "Erro no banco: no such column: \uFFFD";
-  EXPECT_EQ(databaseError([&] { db.run(unknown); }), noColumn);
-  EXPECT_EQ(databaseError([&] { db.query(unknown); }), noColumn);
-  EXPECT_EQ(databaseError([&] { db.execute(unknown); }), noColumn);
-  EXPECT_EQ(databaseError([&] { db.query(later); }), "Erro no banco: integer overflow");
-  EXPECT_NO_THROW(db.run(later));  // up to its first row
-  EXPECT_EQ(
-      databaseError([&] { db.execute("DELETE FROM a WHERE x < 1; " + later + "x; DROP TABLE a"); }),
-      "Erro no banco: no such table: ax");
+  EXPECT_EQ(databaseError([&] { other.run(unknown); }), noColumn);
+  EXPECT_EQ(databaseError([&] { other.query(unknown); }), noColumn);
+  EXPECT_EQ(databaseError([&] { other.execute(unknown); }), noColumn);
+  EXPECT_EQ(databaseError([&] { other.query(later); }), "Erro no banco: integer overflow");
+  EXPECT_NO_THROW(other.run(later));  // up to its first row
+  EXPECT_EQ(databaseError([&] { other.execute("DELETE FROM a WHERE x < 1; x; DROP TABLE a"); }),
+            "Erro no banco: near \"x\": syntax error");
   EXPECT_EQ(databaseError([&] { Database{folder.path()}; }),
             "Não abri o banco: unable to open database file");
   EXPECT_EQ(DatabaseError::open("").kind(), DatabaseError::Kind::open);
-  EXPECT_THROW(db.query(taken), DatabaseError);
+  EXPECT_THROW(other.query(taken), DatabaseError);
   try {
-    db.run(taken);
+    other.run(taken);
     ADD_FAILURE() << "inserted twice";
   } catch (const DatabaseError& error) {
     EXPECT_EQ(error.message(), "UNIQUE constraint failed: a.x");
     EXPECT_EQ(error.kind(), DatabaseError::Kind::query);
     EXPECT_EQ(error.code(), 1555);  // SQLITE_CONSTRAINT_PRIMARYKEY
   }
-  EXPECT_EQ(db.query("SELECT * FROM a").size(), 1U);
+  EXPECT_EQ(other.query("SELECT * FROM a").size(), 1U);
 }
 
-/// Several threads on one connection and on one store.
-class Threads : public tests::Inbox {};
-
-TEST_F(Threads, GetTheirOwnAnswersAndEveryChangeCounts) {
+TEST_F(Connection, GivesEachThreadItsOwnAnswersAndCountsEveryChange) {
   store.insert(tests::someRecado("shared"));
   const auto work = [&](const std::string& name) {
     for (int round = 1; round <= 25; ++round) {
