@@ -27,30 +27,28 @@ class Schema : public tests::Inbox {
   }
 };
 
-TEST(FirstStart, IsThatOfOneProgramAtATimeUntilTheFileIsWhole) {
-  using namespace std::chrono_literals;
-  const tests::TemporaryFolder folder;
-  const auto file = folder.path() / "trovi.sqlite";
-  const int other = ::open(folder.path().c_str(), O_RDONLY);
-  const auto isFree = [&] { return flock(other, LOCK_EX | LOCK_NB) + flock(other, LOCK_UN) == 0; };
-  Database plain(file);  // knows nothing of the lock, and holds up the migration
-  plain.execute("BEGIN IMMEDIATE");
-  auto opening = std::async(std::launch::async, [&] { const TroviStore store(file); });
-  while (isFree() && opening.wait_for(1ms) == std::future_status::timeout) continue;
-  EXPECT_EQ(opening.wait_for(50ms), std::future_status::timeout);
-  EXPECT_FALSE(isFree());
-  plain.execute("ROLLBACK");
-  opening.get();
-  EXPECT_TRUE(isFree());
-  ::close(other);
-}
-
 TEST_F(Schema, OfACurrentFileIsLeftAlone) {
   store.insert(tests::someRecado("1"));
   other.execute("DELETE FROM destino WHERE sort; UPDATE meta SET value = NULL; BEGIN IMMEDIATE");
   TroviStore again(file);
   EXPECT_EQ(each("name", "destino"), "Ideias soltas;");  // "seeded" counts whatever its value
   EXPECT_EQ(each("dirty"), "2;");
+}
+
+TEST_F(Schema, IsMigratedByOneProgramAtATimeUntilTheFileIsWhole) {
+  using namespace std::chrono_literals;
+  const int lock = ::open(folder.path().c_str(), O_RDONLY);
+  const auto isFree = [&] { return flock(lock, LOCK_EX | LOCK_NB) + flock(lock, LOCK_UN) == 0; };
+  makeEarlier();
+  other.execute("BEGIN IMMEDIATE");  // knows nothing of the lock, and holds up the migration
+  auto opening = std::async(std::launch::async, [&] { TroviStore again(file); });
+  while (isFree() && opening.wait_for(1ms) == std::future_status::timeout) continue;
+  EXPECT_EQ(opening.wait_for(50ms), std::future_status::timeout);
+  EXPECT_FALSE(isFree());
+  other.execute("ROLLBACK");
+  opening.get();
+  EXPECT_TRUE(isFree());
+  ::close(lock);
 }
 
 TEST_F(Schema, OfTheEarlierLayoutGetsItsTwoColumnsFilled) {
