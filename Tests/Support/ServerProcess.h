@@ -78,12 +78,6 @@ inline std::string toolCall(const std::string& tool, const std::string& argument
          R"(","arguments":)" + arguments + "}}";
 }
 
-/// The reply to a call that failed; `text` is already escaped for JSON.
-inline std::string failure(const std::string& text) {
-  return R"({"jsonrpc":"2.0","id":1,"result":{"content":[{"type":"text","text":")" + text +
-         R"("}],"isError":true}})";
-}
-
 inline bool succeeded(const std::optional<std::string>& reply) {
   return reply && reply->ends_with(R"("isError":false}})");
 }
