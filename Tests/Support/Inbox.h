@@ -25,10 +25,9 @@ class Inbox : public testing::Test {
  protected:
   /// The SQL `expression` as text for each row: "first;second;". Nulls are left out.
   std::string each(const std::string& expression, const std::string& from = "recado") {
+    const auto rows = other.query("SELECT (" + expression + ") || ';' AS x FROM " + from);
     std::string all;
-    for (const Row& row : other.query("SELECT (" + expression + ") || ';' AS x FROM " + from)) {
-      all += row.stringValue("x").value_or("");
-    }
+    for (const Row& row : rows) all += row.stringValue("x").value_or("");
     return all;
   }
   /// Lets another program's trigger refuse a change, such as "DELETE ON recado", and only this one.
