@@ -11,9 +11,7 @@
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -37,8 +35,8 @@ namespace {
 using namespace trovi;
 using enum RecadoStatus;
 using std::filesystem::path;
-using Words = std::vector<char*>;    // of the command line
-using Failure = std::runtime_error;  // a sentence: what could not be done, and what to do
+using Words = std::vector<std::string>;  // of the command line
+using Failure = std::runtime_error;      // a sentence: what could not be done, and what to do
 struct WrongUse {};
 
 constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] seguido de um destes:
@@ -91,22 +89,15 @@ void print(const std::vector<Row>& rows, std::string_view lineBreak) {
   if (rows.empty()) std::cerr << "nada para listar\n";
 }
 
-/// A message in one line, and all of it.
-constexpr const char* line = R"(SELECT printf('%s  %-13s  %s  %s  %s', substr(recado.id, 1, 8),
-    status, strftime('%Y-%m-%d %H:%M', created_at, 'unixepoch', 'localtime'),
-    IFNULL(name, '-'), title) FROM recado LEFT JOIN destino ON destino.id = destino_id WHERE )";
-constexpr const char* everything = R"(SELECT 'id: ' || recado.id, 'status: ' || status,
-    'gravado em: ' || datetime(created_at, 'unixepoch', 'localtime'),
-    'duração: ' || round(duration, 1) || ' s', 'gravação: ' || audio_path, 'idioma: ' || language,
-    'destino: ' || name, 'instrução: ' || instruction, 'pego por: ' || claimed_by,
-    'pego em: ' || datetime(claimed_at, 'unixepoch', 'localtime'), 'resultado: ' || result,
-    'resolvido em: ' || datetime(resolved_at, 'unixepoch', 'localtime'),
-    'título: ' || title, 'transcrição: ' || transcript
-FROM recado LEFT JOIN destino ON destino.id = destino_id WHERE recado.id = ?)";
-
-void confirm(Inbox& inbox, const std::string& id) {
-  print(inbox.rows(std::string(line) + "recado.id = ?", id), " ");
+/// Prints a line for each message that meets a condition, which may name `text` as ?1.
+void printLines(Inbox& inbox, const std::string& condition, const std::string& text) {
+  constexpr const char* lines = R"(SELECT printf('%s  %-13s  %s  %s  %s', substr(recado.id, 1, 8),
+      status, strftime('%Y-%m-%d %H:%M', created_at, 'unixepoch', 'localtime'),
+      IFNULL(name, '-'), title) FROM recado LEFT JOIN destino ON destino.id = destino_id WHERE )";
+  print(inbox.rows(lines + condition, text), " ");
 }
+
+void confirm(Inbox& inbox, const std::string& id) { printLines(inbox, "recado.id = ?1", id); }
 
 /// The message with this id, or the only one whose id begins so.
 Recado found(Inbox& inbox, const std::string& id) {
@@ -151,41 +142,38 @@ void note(Inbox& inbox, const Words& words) {
   confirm(inbox, recado.id);
 }
 
-enum : std::uint32_t { riff = 0x46464952, wave = 0x45564157, fmt = 0x20746D66, data = 0x61746164 };
-
 /// The length of a WAV file in seconds, as far as the file goes; 0 for another.
 double wavSeconds(const path& recording) {
-  std::ifstream in(recording, std::ios::binary);
-  const auto number = [&in] {  // four bytes, the lowest first; the names are read so too
-    std::uint32_t value = 0;
-    for (unsigned shift = 0; shift < 32; shift += 8)
-      value |= std::uint32_t(in.get() & 0xFF) << shift;
+  const std::uint64_t bytes = file_size(recording);
+  std::string start(std::min<std::uint64_t>(bytes, 65536), '\0');  // all that precedes the sound
+  std::ifstream(recording, std::ios::binary).read(start.data(), std::ssize(start));
+  if (!start.starts_with("RIFF") || start.find("WAVE", 8) != 8) return 0;
+  const auto number = [&start](std::uint64_t at) {  // four bytes, the lowest first
+    std::uint64_t value = 0;
+    for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<unsigned char>(start[at + i]);
     return value;
   };
-
   double bytesPerSecond = 0;
-  if (number() != riff || (number(), number()) != wave) return 0;
-  for (int chunk = 0; in && chunk < 100; ++chunk) {  // a hostile file has no end of them
-    const std::uint32_t name = number();
-    const std::uint32_t size = number();
-    const std::streamoff start = in.tellg();
-    if (name == fmt) bytesPerSecond = (number(), number(), number());
-    if (name == data && bytesPerSecond > 0) {
-      const auto left = static_cast<double>(in.seekg(0, std::ios::end).tellg() - start);
-      return (size > 0 ? std::min<double>(size, left) : left) / bytesPerSecond;  // 0: a stream
+  std::uint64_t size = 0;  // of the chunk that starts `at`
+  for (std::uint64_t at = 12; at + 20 <= start.size(); at += 8 + size + size % 2) {
+    size = number(at + 4);
+    if (start.compare(at, 4, "fmt ") == 0) bytesPerSecond = static_cast<double>(number(at + 16));
+    if (start.compare(at, 4, "data") == 0 && bytesPerSecond > 0) {
+      const std::uint64_t left = bytes - at - 8;  // a stream has size 0, or an absurd one
+      return static_cast<double>(size > 0 ? std::min(size, left) : left) / bytesPerSecond;
     }
-    in.seekg(start + size + size % 2);
   }
   return 0;
 }
 
-/// What a program prints on standard output, and what went wrong, if anything did.
-std::pair<std::string, std::string> outputOf(Words command) {
+/// The text that a program prints on standard output, and what went wrong, if anything did.
+std::pair<std::string, std::string> textFrom(Words command) {
   // Unlike a pipe, a file takes any amount, and nobody waits for a program left in the background.
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
   if (!file) return {"", "não começou: não há espaço para arquivos temporários"};
-  fcntl(fileno(file.get()), F_SETFD, FD_CLOEXEC);
-  command.push_back(nullptr);
+  std::vector<char*> arguments;
+  for (std::string& word : command) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions{};
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, fileno(file.get()), 1);
@@ -193,17 +181,19 @@ std::pair<std::string, std::string> outputOf(Words command) {
   posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
   std::signal(SIGCHLD, SIG_DFL);  // if our caller ignores it, the status would be lost
   pid_t child = 0;
-  int status = posix_spawnp(&child, command[0], &actions, nullptr, command.data(), environ);
+  int status = posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   if (status != 0) return {"", "não existe ou não é um programa"};
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+  waitpid(child, &status, 0);
   struct statvfs disk {};  // few programs notice that it is full, and the text would be cut off
   const bool isFull = fstatvfs(fileno(file.get()), &disk) == 0 && disk.f_bavail == 0;
   if (isFull) return {"", "não terminou: não há espaço para arquivos temporários"};
   std::string output;
   std::rewind(file.get());
   for (int c = 0; (c = std::getc(file.get())) != EOF;) output += static_cast<char>(c);
-  return {output, status == 0 ? "" : WIFSIGNALED(status) ? "foi interrompido" : "falhou"};
+  const std::string text = cleaned(output);
+  if (status != 0) return {text, WIFSIGNALED(status) ? "foi interrompido" : "falhou"};
+  return {text, text.empty() ? "não imprimiu nada" : ""};
 }
 
 bool waitsForText(const Recado& recado) {
@@ -214,101 +204,89 @@ bool waitsForText(const Recado& recado) {
 void again(Inbox& inbox, const Words& words) {
   const Recado recado = found(inbox, words[0]);
   const std::string& id = recado.id;
-  const std::string program = words[1];
-  std::string recording = recado.audioPath.value_or("");
-  if (!waitsForText(recado)) {
+  const std::string& program = words[1];
+  const std::string recording = recado.audioPath.value_or("");
+  const std::string retry = "trovi transcribe --again " + id + " " + program + " …";
+  if (!waitsForText(recado))
     throw Failure("o recado " + id + " já tem texto; para ler: trovi show " + id);
-  }
   if (!std::ifstream(recording)) throw Failure("falta a gravação de " + id + ": " + recording);
   inbox.setStatus(id, transcrevendo);
-  const std::string retry = "trovi transcribe --again " + id + " " + program + " …";
   std::cerr << shown("transcrevendo " + id + "; a gravação está em " + recording +
                      "; se parar no meio: " + retry) +
                    "\n";
   Words command(words.begin() + 1, words.end());
-  command.push_back(recording.data());
-  auto [output, failure] = outputOf(command);
-  const std::string text = cleaned(output);
-  if (failure.empty() && text.empty()) failure = "não imprimiu nada";
-  const std::string outcome =
-      failure.empty() ? "; o texto era: " + text : "; " + program + " " + failure;
+  command.push_back(recording);
+  const auto [text, failure] = textFrom(command);
+  const std::string outcome = failure.empty() ? "o texto era: " + text : program + " " + failure;
   try {  // it took long: the message may have changed, or the inbox be locked
     const Recado current = found(inbox, id);
-    if (!waitsForText(current)) {
-      throw Failure(id + " mudou enquanto isso e fica como está" + outcome);
-    }
+    if (!waitsForText(current))
+      throw Failure(id + " mudou enquanto isso e fica como está; " + outcome);
     if (!failure.empty()) {
       inbox.setStatus(id, falhou);
-      throw Failure(program + " " + failure +
-                    "; a gravação está guardada. Tente outra vez: " + retry);
+      throw Failure(outcome + "; a gravação está guardada. Tente outra vez: " + retry);
     }
     const Recado draft = drafted(inbox, text);
-    inbox.finishTranscription({.id = id,
-                               .transcript = text,
-                               .title = draft.title,
-                               .destinoID = draft.destinoID ? draft.destinoID : current.destinoID,
-                               .language = current.language});
+    const auto destinoID = draft.destinoID ? draft.destinoID : current.destinoID;
+    inbox.finishTranscription({id, text, draft.title, destinoID, current.language});
   } catch (const DatabaseError& error) {
-    throw Failure(error.what() + outcome + "; tente outra vez: " + retry);
+    throw Failure(error.what() + ("; " + outcome) + "; tente outra vez: " + retry);
   }
   confirm(inbox, id);
 }
 
-/// Copies a file, or a part of it, to a new one. Whether it is all of it, and not empty.
-bool copied(const path& from, const path& to) {
-  std::error_code unknown;
-  if (!is_regular_file(from, unknown)) return false;  // a device may have no end
-  std::ifstream in(from, std::ios::binary);
-  std::ofstream out(to, std::ios::binary);
-  out << in.rdbuf();  // does not report a full disk
-  out.close();
-  return out && in.peek() == EOF;
-}
-
-/// Copies a recording and files a message for it, to be transcribed.
+/// Makes a private copy of a recording and files a message for it, to be transcribed.
 void transcribe(Inbox& inbox, const Words& words) {
   const path recording = words[0];
   Recado recado = drafted(inbox, "");
-  const std::string copy = inbox.recordings / (recado.id + shown(recording.extension().string()));
-  if (shown(copy) != copy)
-    throw Failure("o caminho da pasta das gravações tem caracteres que não dá para mostrar: " +
-                  copy);
-  std::unique_ptr<const char, int (*)(const char*)> orphan(copy.c_str(), std::remove);
-  mkdir(inbox.recordings.c_str(), 0700);
-  if (!copied(recording, copy)) {
-    throw Failure("não consegui copiar " + recording.string() + " para " +
-                  inbox.recordings.string() +
-                  "; veja se é um arquivo que você pode ler, não vazio, e se há espaço");
-  }
+  const path copy = inbox.recordings / (recado.id + shown(recording.extension().string()));
   recado.title = recording.filename().string();
   recado.status = transcrevendo;
-  recado.audioPath = copy;
-  recado.duration = wavSeconds(copy);
-  inbox.insert(recado);
-  static_cast<void>(orphan.release());
+  recado.audioPath = copy.string();
+  try {
+    std::error_code error;
+    create_directory(inbox.recordings, error);
+    if (!copy_file(recording, copy, error) || file_size(copy, error) == 0 ||
+        shown(copy.string()) != copy)  // or the message would not name it
+      throw Failure("não consegui copiar " + words[0] + " para " + inbox.recordings.string() +
+                    "; veja se é um arquivo que você pode ler, não vazio, e se há espaço");
+    permissions(copy, std::filesystem::perms(0600), error);
+    recado.duration = wavSeconds(copy);
+    inbox.insert(recado);
+  } catch (...) {
+    std::remove(copy.c_str());
+    throw;
+  }
   Words filed = words;
-  filed[0] = recado.id.data();
+  filed[0] = recado.id;
   again(inbox, filed);
 }
 
 void list(Inbox& inbox, const Words& words) {
   const std::string status = words.empty() ? "" : words[0];
-  const bool isStatus = status == "todos" || fromRawValue(status);
-  if (!words.empty() && !isStatus) throw WrongUse{};
-  const char* condition = isStatus ? "?1 IN (status, 'todos')" : "status IS NOT 'resolvido'";
-  print(inbox.rows(std::string(line) + condition + " ORDER BY created_at DESC", status), " ");
+  if (!words.empty() && status != "todos" && !fromRawValue(status)) throw WrongUse{};
+  const char* condition = words.empty() ? "status IS NOT 'resolvido'" : "?1 IN (status, 'todos')";
+  printLines(inbox, condition + std::string(" ORDER BY created_at DESC"), status);
 }
 
 void show(Inbox& inbox, const Words& words) {
+  constexpr const char* everything = R"(SELECT 'id: ' || recado.id, 'status: ' || status,
+      'gravado em: ' || datetime(created_at, 'unixepoch', 'localtime'),
+      'duração: ' || round(duration, 1) || ' s', 'gravação: ' || audio_path,
+      'idioma: ' || language, 'destino: ' || name, 'instrução: ' || instruction,
+      'pego por: ' || claimed_by, 'pego em: ' || datetime(claimed_at, 'unixepoch', 'localtime'),
+      'resultado: ' || result, 'resolvido em: ' || datetime(resolved_at, 'unixepoch', 'localtime'),
+      'título: ' || title, 'transcrição: ' || transcript
+      FROM recado LEFT JOIN destino ON destino.id = destino_id WHERE recado.id = ?)";
   print(inbox.rows(everything, found(inbox, words[0]).id), "\n    ");
 }
 
 void file(Inbox& inbox, const Words& words) {
-  Recado recado = found(inbox, words[0]);
-  recado.destinoID.reset();
-  if (words.size() > 1) recado.destinoID = foundDestino(inbox, words[1]).id;
-  inbox.setDestino({.id = recado.id, .destinoID = recado.destinoID});
-  confirm(inbox, recado.id);
+  const std::string id = found(inbox, words[0]).id;
+  std::optional<std::string> destinoID;
+  if (words.size() > 1) destinoID = foundDestino(inbox, words[1]).id;
+  inbox.setDestino({id, destinoID});
+  confirm(inbox, id);
 }
 
 void reopen(Inbox& inbox, const Words& words) {
@@ -320,12 +298,7 @@ void reopen(Inbox& inbox, const Words& words) {
 void deleteRecado(Inbox& inbox, const Words& words) {
   const Recado recado = found(inbox, words[0]);
   const std::string recording = recado.audioPath.value_or("");
-  try {
-    inbox.deleteRecado(recado.id);  // the recording first
-  } catch (const DatabaseError& error) {
-    throw Failure(error.what() +
-                  std::string("; apague de novo, porque a gravação pode já ter sido apagada"));
-  }
+  inbox.deleteRecado(recado.id);
   std::cout << shown("apagado: " + recado.title + "  " + recording) << '\n';
   if (std::ifstream(recording))
     throw Failure("não consegui apagar a gravação; apague à mão: " + recording);
@@ -385,21 +358,19 @@ constexpr Verb verbs[] = {
 
 void run(Words words) {
   path file;
-  if (words.size() > 1 && words[0] == std::string_view("--inbox") && *words[1] != '\0') {
+  if (words.size() > 1 && words[0] == "--inbox" && !words[1].empty()) {
     file = std::filesystem::absolute(words[1]);
     words.erase(words.begin(), words.begin() + 2);
   }
   if (words.empty()) throw WrongUse{};
   std::string name = words[0];
   words.erase(words.begin());
-  std::string option;
-  if (!words.empty() && std::string_view(words[0]).starts_with("--")) {
-    option = words[0];
+  if (!words.empty() && words[0].starts_with("--")) {
+    if (words[0] != "--") name += " " + words[0];  // "--" ends the options
     words.erase(words.begin());
   }
-  if (!option.empty() && option != "--") name += " " + option;  // "--" ends the options
   if (name == "--version") return void(std::cout << "trovi " TROVI_VERSION "\n");
-  if (name == "--help" || option == "--help") return void(std::cout << usage);
+  if (name == "--help") return void(std::cout << usage);
   const auto verb = std::find_if(std::begin(verbs), std::end(verbs), [&](const Verb& each) {
     return name == each.name && words.size() >= each.least && words.size() <= each.most;
   });
