@@ -48,8 +48,8 @@ constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] seguido de um dest
   list [STATUS]            lista os recados, o mais novo primeiro, sem os resolvidos; STATUS:
                            transcrevendo, pendente, pego, resolvido, falhou ou todos
   show ID                  mostra tudo de um recado; de um ID basta o começo
-  file ID [DESTINO]        muda o destino do recado; sem DESTINO, tira
-  reopen ID                volta o recado para pendente, e apaga o resultado e quem o pegou
+  file ID [DESTINO]        muda o destino do recado; sem DESTINO, tira o destino
+  reopen ID                deixa o recado pendente de novo, e apaga o resultado e quem o pegou
   delete ID                apaga o recado e a gravação dele
   destinos                 lista os destinos com as suas instruções
   destino NOME INSTRUÇÃO   cria um destino, ou muda a instrução dele
@@ -60,10 +60,14 @@ constexpr const char* usage = R"(uso: trovi [--inbox ARQUIVO] seguido de um dest
 
 struct Inbox : TroviStore {
   explicit Inbox(const path& file) : TroviStore(file), recordings(file.parent_path() / "Audio") {}
+  /// What follows happens at once with `commit`, or not at all if an exception ends the program.
+  void begin() { db().execute("BEGIN IMMEDIATE;"); }
+  void commit() { db().execute("COMMIT;"); }
   std::vector<Row> rows(const std::string& sql, const std::string& text) {
     return db().query(sql, {SQLValue::text(text)});
   }
-  path recordings;  ///< their folder, perhaps missing
+  path recordings;                ///< their folder, perhaps missing
+  std::string command = "trovi";  ///< with the option that names this inbox
 };
 
 /// `text` as a terminal may get it: valid UTF-8, with a blank for each control character.
@@ -101,16 +105,18 @@ void confirm(Inbox& inbox, const std::string& id) { printLines(inbox, "recado.id
 
 /// The message with this id, or the only one whose id begins so.
 Recado found(Inbox& inbox, const std::string& id) {
-  constexpr const char* beginning = R"(SELECT * FROM recado WHERE ?1 <> ''
-    AND substr(id, 1, length(?1)) = ?1 COLLATE NOCASE ORDER BY id <> ?1, id LIMIT 10)";
-  const auto rows = inbox.rows(beginning, id);
+  const auto rows = inbox.rows(R"(SELECT id FROM recado WHERE ?1 <> ''
+      AND substr(id, 1, length(?1)) = ?1 COLLATE NOCASE ORDER BY id <> ?1, id)",
+                               id);
+  if (rows.empty())
+    throw Failure("nenhum recado tem o id \"" + id + "\"; para ver os ids: trovi list todos");
+  const std::string first = rows[0].stringValue("id").value_or("");
   std::string ids;
   for (const Row& row : rows) ids += " " + row.stringValue("id").value_or("");
-  if (rows.empty())
-    throw Failure("nenhum recado tem o id " + id + "; para ver os ids: trovi list todos");
-  Recado recado = TroviStore::recadoFrom(rows[0]);
-  if (rows.size() == 1 || recado.id == id) return recado;
-  throw Failure("mais de um id começa com " + id + "; digite mais letras:" + ids);
+  if (rows.size() > 1 && first != id)
+    throw Failure("mais de um id começa com " + id + "; digite mais caracteres:" + ids);
+  if (auto recado = inbox.recado(first)) return *std::move(recado);
+  throw Failure("o id " + first + " está danificado no banco");
 }
 
 Destino foundDestino(Inbox& inbox, const std::string& name) {
@@ -145,7 +151,7 @@ void note(Inbox& inbox, const Words& words) {
 /// The length of a WAV file in seconds, as far as the file goes; 0 for another.
 double wavSeconds(const path& recording) {
   const std::uint64_t bytes = file_size(recording);
-  std::string start(std::min<std::uint64_t>(bytes, 65536), '\0');  // all that precedes the sound
+  std::string start(std::min<std::uint64_t>(bytes, 1 << 20), '\0');  // precedes the sound
   std::ifstream(recording, std::ios::binary).read(start.data(), std::ssize(start));
   if (!start.starts_with("RIFF") || start.find("WAVE", 8) != 8) return 0;
   const auto number = [&start](std::uint64_t at) {  // four bytes, the lowest first
@@ -170,7 +176,7 @@ double wavSeconds(const path& recording) {
 std::pair<std::string, std::string> textFrom(Words command) {
   // Unlike a pipe, a file takes any amount, and nobody waits for a program left in the background.
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
-  if (!file) return {"", "não começou: não há espaço para arquivos temporários"};
+  if (!file) return {"", "não começou: não consegui criar um arquivo temporário"};
   std::vector<char*> arguments;
   for (std::string& word : command) arguments.push_back(word.data());
   arguments.push_back(nullptr);
@@ -188,11 +194,11 @@ std::pair<std::string, std::string> textFrom(Words command) {
   struct statvfs disk {};  // few programs notice that it is full, and the text would be cut off
   const bool isFull = fstatvfs(fileno(file.get()), &disk) == 0 && disk.f_bavail == 0;
   if (isFull) return {"", "não terminou: não há espaço para arquivos temporários"};
+  if (status != 0) return {"", WIFSIGNALED(status) ? "parou de repente" : "falhou"};
   std::string output;
   std::rewind(file.get());
   for (int c = 0; (c = std::getc(file.get())) != EOF;) output += static_cast<char>(c);
   const std::string text = cleaned(output);
-  if (status != 0) return {text, WIFSIGNALED(status) ? "foi interrompido" : "falhou"};
   return {text, text.empty() ? "não imprimiu nada" : ""};
 }
 
@@ -201,41 +207,61 @@ bool waitsForText(const Recado& recado) {
 }
 
 /// Has a program transcribe the recording of a message.
-void again(Inbox& inbox, const Words& words) {
-  const Recado recado = found(inbox, words[0]);
+void recognise(Inbox& inbox, const Recado& recado, Words command) {
   const std::string& id = recado.id;
-  const std::string& program = words[1];
+  const std::string program = command[0];
   const std::string recording = recado.audioPath.value_or("");
-  const std::string retry = "trovi transcribe --again " + id + " " + program + " …";
-  if (!waitsForText(recado))
-    throw Failure("o recado " + id + " já tem texto; para ler: trovi show " + id);
-  if (!std::ifstream(recording)) throw Failure("falta a gravação de " + id + ": " + recording);
-  inbox.setStatus(id, transcrevendo);
+  const std::string retry = inbox.command + " transcribe --again " + id + " " + program + " …";
   std::cerr << shown("transcrevendo " + id + "; a gravação está em " + recording +
-                     "; se parar no meio: " + retry) +
-                   "\n";
-  Words command(words.begin() + 1, words.end());
+                     "; se parar no meio: " + retry)
+            << '\n';
   command.push_back(recording);
-  const auto [text, failure] = textFrom(command);
+  const auto [text, failure] = textFrom(std::move(command));
   const std::string outcome = failure.empty() ? "o texto era: " + text : program + " " + failure;
   try {  // it took long: the message may have changed, or the inbox be locked
-    const Recado current = found(inbox, id);
-    if (!waitsForText(current))
+    inbox.begin();
+    const auto current = inbox.recado(id);
+    if (!current || !waitsForText(*current))
       throw Failure(id + " mudou enquanto isso e fica como está; " + outcome);
-    if (!failure.empty()) {
-      inbox.setStatus(id, falhou);
-      throw Failure(outcome + "; a gravação está guardada. Tente outra vez: " + retry);
-    }
     const Recado draft = drafted(inbox, text);
-    const auto destinoID = draft.destinoID ? draft.destinoID : current.destinoID;
-    inbox.finishTranscription({id, text, draft.title, destinoID, current.language});
+    const auto destinoID = draft.destinoID ? draft.destinoID : current->destinoID;
+    if (failure.empty())
+      inbox.finishTranscription({id, text, draft.title, destinoID, current->language});
+    else
+      inbox.setStatus(id, falhou);
+    inbox.commit();
   } catch (const DatabaseError& error) {
     throw Failure(error.what() + ("; " + outcome) + "; tente outra vez: " + retry);
   }
+  if (!failure.empty())
+    throw Failure(outcome + "; a gravação está guardada. Tente outra vez: " + retry);
   confirm(inbox, id);
 }
 
-/// Makes a private copy of a recording and files a message for it, to be transcribed.
+void again(Inbox& inbox, const Words& words) {
+  inbox.begin();
+  const Recado recado = found(inbox, words[0]);
+  if (!waitsForText(recado))
+    throw Failure("o recado " + recado.id + " já tem texto; para ler: trovi show " + recado.id);
+  const path recording = recado.audioPath.value_or("");
+  std::error_code error;
+  if (!is_regular_file(recording, error))
+    throw Failure("falta a gravação de " + recado.id + ": " + recording.string());
+  inbox.setStatus(recado.id, transcrevendo);
+  inbox.commit();
+  recognise(inbox, recado, {words.begin() + 1, words.end()});
+}
+
+/// Whether `to` is now a copy of a recording, whole and not empty. The umask keeps it private.
+bool copied(const path& from, const path& to) {
+  std::error_code error;
+  if (!is_regular_file(from, error)) return false;  // a device may have no end
+  std::ofstream(to, std::ios::binary) << std::ifstream(from, std::ios::binary).rdbuf();
+  const auto size = file_size(to, error);  // a full disk shows here alone
+  return !error && size > 0 && size == file_size(from, error);
+}
+
+/// Copies a recording and files a message for it, to be transcribed.
 void transcribe(Inbox& inbox, const Words& words) {
   const path recording = words[0];
   Recado recado = drafted(inbox, "");
@@ -246,27 +272,23 @@ void transcribe(Inbox& inbox, const Words& words) {
   try {
     std::error_code error;
     create_directory(inbox.recordings, error);
-    if (!copy_file(recording, copy, error) || file_size(copy, error) == 0 ||
-        shown(copy.string()) != copy)  // or the message would not name it
+    if (!copied(recording, copy) || shown(copy.string()) != copy)  // or no message can name it
       throw Failure("não consegui copiar " + words[0] + " para " + inbox.recordings.string() +
                     "; veja se é um arquivo que você pode ler, não vazio, e se há espaço");
-    permissions(copy, std::filesystem::perms(0600), error);
     recado.duration = wavSeconds(copy);
     inbox.insert(recado);
   } catch (...) {
     std::remove(copy.c_str());
     throw;
   }
-  Words filed = words;
-  filed[0] = recado.id;
-  again(inbox, filed);
+  recognise(inbox, recado, {words.begin() + 1, words.end()});
 }
 
 void list(Inbox& inbox, const Words& words) {
-  const std::string status = words.empty() ? "" : words[0];
-  if (!words.empty() && status != "todos" && !fromRawValue(status)) throw WrongUse{};
-  const char* condition = words.empty() ? "status IS NOT 'resolvido'" : "?1 IN (status, 'todos')";
-  printLines(inbox, condition + std::string(" ORDER BY created_at DESC"), status);
+  if (!words.empty() && words[0] != "todos" && !fromRawValue(words[0])) throw WrongUse{};
+  constexpr const char* some = R"((?1 IN (status, 'todos') OR ?1 = '' AND status IS NOT 'resolvido')
+      ORDER BY created_at DESC)";
+  printLines(inbox, some, words.empty() ? "" : words[0]);
 }
 
 void show(Inbox& inbox, const Words& words) {
@@ -296,12 +318,15 @@ void reopen(Inbox& inbox, const Words& words) {
 }
 
 void deleteRecado(Inbox& inbox, const Words& words) {
+  inbox.begin();  // or a locked inbox would keep the message without its recording
   const Recado recado = found(inbox, words[0]);
-  const std::string recording = recado.audioPath.value_or("");
+  const path recording = recado.audioPath.value_or("");
   inbox.deleteRecado(recado.id);
-  std::cout << shown("apagado: " + recado.title + "  " + recording) << '\n';
-  if (std::ifstream(recording))
-    throw Failure("não consegui apagar a gravação; apague à mão: " + recording);
+  inbox.commit();
+  std::cout << shown("apagado: " + recado.title + "  " + recording.string()) << '\n';
+  std::error_code error;
+  if (exists(recording, error) || error)
+    throw Failure("não consegui apagar a gravação; apague à mão: " + recording.string());
 }
 
 void destinos(Inbox& inbox, const Words& /*none*/) {
@@ -321,9 +346,11 @@ void destino(Inbox& inbox, const Words& words) {
 }
 
 void deleteDestino(Inbox& inbox, const Words& words) {
+  inbox.begin();
   const Destino destino = foundDestino(inbox, words[0]);
   const auto filed = inbox.recados({.destinoID = destino.id}).size();
   inbox.deleteDestino(destino.id);
+  inbox.commit();
   std::cout << shown("apagado: " + destino.name) << "; recados agora sem destino: " << filed
             << '\n';
 }
@@ -365,9 +392,11 @@ void run(Words words) {
   if (words.empty()) throw WrongUse{};
   std::string name = words[0];
   words.erase(words.begin());
-  if (!words.empty() && words[0].starts_with("--")) {
-    if (words[0] != "--") name += " " + words[0];  // "--" ends the options
+  while (!words.empty() && words[0].starts_with("--")) {
+    const std::string option = words[0];
     words.erase(words.begin());
+    if (option == "--") break;  // the end of the options
+    name += " " + option;
   }
   if (name == "--version") return void(std::cout << "trovi " TROVI_VERSION "\n");
   if (name == "--help") return void(std::cout << usage);
@@ -376,6 +405,7 @@ void run(Words words) {
   });
   if (verb == std::end(verbs)) throw WrongUse{};
   Inbox inbox(file.empty() ? TroviPaths::databaseURL() : file);
+  if (!file.empty()) inbox.command += " --inbox " + file.string();
   verb->perform(inbox, words);
 }
 

@@ -56,11 +56,11 @@ for missing in missing.wav . /dev/zero; do says 1 'não consegui copiar' transcr
 says 0 '  Ideias soltas  x para ideias soltas: nada$' transcribe note.wav ./recogniser x
 says 0 '^duração: 2.0 s$' show "$(id pendente)"
 for bad in false true ./killer ./missing; do
-  says 1 "$bad.*trovi transcribe --again" transcribe note.wav "$bad"
+  says 1 "$bad.*trovi --inbox .* transcribe --again" transcribe note.wav "$bad"
   says 0 '  Ideias soltas  y para' transcribe --again "$(id falhou)" ./recogniser y
 done
 # shellcheck disable=SC2016
-says 1 'fica como está' transcribe note.wav sh -c '"$0" --inbox inbox reopen "$(basename "$1" .wav)"' "$trovi"
+says 1 'fica como está.*: dito' transcribe note.wav sh -c '"$0" --inbox inbox reopen "$(basename "$1" .wav)" >&2; echo dito' "$trovi"
 # shellcheck disable=SC2016
 says 0 '  -  dois$' transcribe note.wav sh -c '"$0" --inbox inbox transcribe --again "$(basename "$1" .wav)" false; echo dois' "$trovi"
 says 137 'transcrevendo .*/Audio/' transcribe note.wav ./killer x
