@@ -156,7 +156,7 @@ double wavSeconds(const path& recording) {
   if (!start.starts_with("RIFF") || start.find("WAVE", 8) != 8) return 0;
   const auto number = [&start](std::uint64_t at) {  // four bytes, the lowest first
     std::uint64_t value = 0;
-    for (int i = 3; i >= 0; --i) value = value << 8 | static_cast<unsigned char>(start[at + i]);
+    for (auto i = at + 4; i-- > at;) value = value << 8 | static_cast<unsigned char>(start[i]);
     return value;
   };
   double bytesPerSecond = 0;
