@@ -14,8 +14,8 @@ namespace {
 const std::string destino =
     R"({"id":"D","name":"\"ç\"/","instruction":"i","colorHex":"#F","sort":-9223372036854775808})";
 const std::string recado =
-    R"({"id":"R","createdAt":1750255402.25,"duration":0.3333333333333333,"audioPath":"/a","transcript":"f",)"
-    R"("title":"t","destinoID":"D","status":"pego","claimedBy":"c","claimedAt":-1,"result":"r",)"
+    R"({"id":"R","createdAt":1750255402.25,"duration":0.30000000000000004,"audioPath":"/a","transcript":"f",)"
+    R"("title":"t","destinoID":"D","status":"pego","claimedBy":"c","claimedAt":-0.1,"result":"",)"
     R"("resolvedAt":0,"language":"pt"})";
 
 /// What is wrong with a JSON text of a `Type`.
@@ -36,6 +36,8 @@ template <class Type>
 void expectEachFieldToCount(const std::string& json, const std::set<std::string>& optional = {}) {
   const auto whole = fromJSON<Type>(json);
   EXPECT_EQ(toJSON(whole), json);
+  const auto negative = fromJSON<Type>(std::regex_replace(json, std::regex(":0,"), ":-0,"));
+  EXPECT_EQ(std::hash<Type>{}(negative), std::hash<Type>{}(whole));  // as -0.0 equals 0.0
   const std::regex member(R"re("(\w+)":("?)[^,}]*)re");
   for (std::sregex_iterator at(json.begin(), json.end(), member), end; at != end; ++at) {
     const std::string key = (*at)[1];
@@ -50,7 +52,7 @@ void expectEachFieldToCount(const std::string& json, const std::set<std::string>
       const auto record = fromJSON<Type>(with(key, value));
       EXPECT_TRUE(record != whole && std::hash<Type>{}(record) != std::hash<Type>{}(whole));
     };
-    expectDifferent(key == "status" ? R"("falhou")" : isText ? R"("")" : "3");
+    expectDifferent(key == "status" ? R"("falhou")" : isText ? R"("x")" : "3");
     if (optional.contains(key)) expectDifferent("null");
     const std::string missing = optional.contains(key) ? "none" : key + ": missing";
     EXPECT_EQ(failure<Type>(with(key, "null")), missing);
@@ -58,7 +60,7 @@ void expectEachFieldToCount(const std::string& json, const std::set<std::string>
     const char* const wrong = isText          ? ": not a text"
                               : key == "sort" ? ": not an integer of 64 bits"
                                               : ": not a number in the range of a double";
-    for (const char* value : {"{}", "[]", "true", isText ? "7" : R"("7")"}) {
+    for (auto* value : {"{}", "[]", "true", isText ? "7" : R"("7")", isText ? "8" : "1e999"}) {
       EXPECT_EQ(failure<Type>(with(key, value)), key + wrong) << value;
     }
   }
@@ -93,13 +95,13 @@ TEST(Coding, NamesTheReasonOfAFailure) {
 
 TEST(Coding, LetsOtherMembersStandBesideThoseOfARecord) {
   const std::string text = R"({"é\"":"\u0000","�":"�",)" + destino.substr(1);
-  const JSONObjectDecoder decoder("{\"\xFF\":\"\xFF\",\"none\":null,\"sort\":0," + text.substr(1));
+  const JSONObjectDecoder decoder("{\"x\xFF\":\"\xFF\",\"none\":null,\"sort\":0," + text.substr(1));
   JSONObjectEncoder encoder;
   encoder.encodeText("é\"", decoder.decodeText("é\""));
   encoder.encodeText("\xFF", "\xFF");
   encode(decode<Destino>(decoder), encoder);
   EXPECT_EQ(encoder.text(), text);
-  EXPECT_EQ(decoder.decodeText("\uFFFD"), "\uFFFD");
+  EXPECT_EQ(decoder.decodeText("x\uFFFD"), "\uFFFD");
   EXPECT_FALSE(decoder.contains("none") || decoder.contains("x"));
 }
 

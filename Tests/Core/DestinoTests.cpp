@@ -15,7 +15,7 @@ class Destinos : public tests::Inbox {
 
   const Destino loja{"D", "Loja", "Venda.", "#000001", 1};
   const Destino casa{"d", "casa", "Arrume.", "#000002", 1};  // by bytes, a capital comes first
-  const Destino acao{"x", "A\u00E7\u00E3o", "", "", 2};
+  const Destino acao{"0", "A\u00E7\u00E3o", "", "", 2};
 };
 
 TEST_F(Destinos, AreStoredAsTheyAreAndOverwrittenWhole) {
@@ -47,7 +47,7 @@ TEST_F(Destinos, AreFoundByNameWhateverTheCaseAndTheAccents) {
 
 TEST_F(Destinos, LeaveTheirMessagesUnfiledAndMarkedWhenDeleted) {
   other.execute(
-      "INSERT INTO recado(id, created_at, status, destino_id) VALUES (1, 0, 'x', 'd'), "
+      "INSERT INTO recado(id, created_at, status, destino_id) VALUES (1, 0, 'resolvido', 'd'), "
       "(2, 0, 'x', 'D'), (3, 0, 'x', NULL); UPDATE recado SET updated_at = 5, dirty = 0");
   const std::string filing = "id || IFNULL(destino_id, '-') || dirty || ' ' || updated_at";
   store.deleteDestino("e");

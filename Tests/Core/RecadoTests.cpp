@@ -41,7 +41,7 @@ class Messages : public tests::Inbox {
   }
 
   const Recado whole{"a", dateSince1970(2000.25), 2.5, "/a", "t", "T", "d", pego, "IA", Date{},
-                     "r", dateSince1970(-0.5),    "pt"};
+                     "r", dateSince1970(-0.5),    ""};
   const Recado neighbour = tests::someRecado("A", 1000);
 };
 
@@ -50,17 +50,18 @@ TEST_F(Messages, ChangeInWhatAnOperationNamesAndInNothingElse) {
   EXPECT_EQ(tests::databaseError([&] { store.insert(tests::someRecado("a")); }),
             "Erro no banco: UNIQUE constraint failed: recado.id");
   EXPECT_THROW(store.setStatus("a", static_cast<RecadoStatus>(5)), std::out_of_range);
-  EXPECT_EQ(a(), "pego;T;t;d;pt;/a;IA;0.0;r;-0.5;0;5.0;");
-  store.setStatus("a", falhou);
-  EXPECT_EQ(a(), "falhou;T;t;d;pt;/a;IA;0.0;r;-0.5;1;now;");
+  EXPECT_EQ(a(), "pego;T;t;d;;/a;IA;0.0;r;-0.5;0;5.0;");
+  store.setStatus("a", pendente);
+  EXPECT_EQ(a(), "pendente;T;t;d;;/a;IA;0.0;r;-0.5;1;now;");
+  store.setStatus("a", pego, "");
   store.setStatus("a", resolvido, "");
-  EXPECT_EQ(a(), "resolvido;;t;d;pt;/a;IA;0.0;r;-0.5;1;now;");
+  EXPECT_EQ(a(), "resolvido;;t;d;;/a;IA;0.0;r;-0.5;2;now;");
   store.setDestino({.id = "a", .destinoID = "e"});
-  EXPECT_EQ(a(), "resolvido;;t;e;pt;/a;IA;0.0;r;-0.5;1;5.0;");
+  EXPECT_EQ(a(), "resolvido;;t;e;;/a;IA;0.0;r;-0.5;1;5.0;");
   store.setDestino({.id = "a"});
-  EXPECT_EQ(a(), "resolvido;;t;-;pt;/a;IA;0.0;r;-0.5;1;5.0;");
+  EXPECT_EQ(a(), "resolvido;;t;-;;/a;IA;0.0;r;-0.5;1;5.0;");
   store.setAudioPath("a", "/b");
-  EXPECT_EQ(a(), "resolvido;;t;-;pt;/b;IA;0.0;r;-0.5;0;5.0;");
+  EXPECT_EQ(a(), "resolvido;;t;-;;/b;IA;0.0;r;-0.5;0;5.0;");
   store.finishTranscription(
       {.id = "a", .transcript = "u", .title = "U", .destinoID = "f", .language = "en"});
   EXPECT_EQ(a(), "pendente;U;u;f;en;/b;IA;0.0;r;-0.5;1;now;");
@@ -132,10 +133,10 @@ TEST_F(Messages, AreCountedByStatusAndFromTheFirstInstantOfTheMonthOfTheUsersTim
   EXPECT_EQ(store.counts(), (Counts{{pego, 1}, {pendente, 1}}));
   setenv("TZ", "<-03>3", 1);
   other.execute(
-      "UPDATE recado SET status = IIF(id = 'a', 'falhou', 'Pendente'), created_at = "
+      "UPDATE recado SET status = IIF(id = 'a', 'transcrevendo', 'Pendente'), created_at = "
       "unixepoch('now', '-3 hours', 'start of month', '+3 hours') - (id = 'A');"
-      "INSERT INTO recado(id, created_at, status) VALUES ('now', unixepoch(), 'falhou')");
-  EXPECT_EQ(store.counts(), (Counts{{falhou, 2}}));
+      "INSERT INTO recado(id, created_at, status) VALUES ('b', unixepoch() + 99, 'transcrevendo')");
+  EXPECT_EQ(store.counts(), (Counts{{transcrevendo, 2}}));
   EXPECT_EQ(store.countThisMonth(), 2);
   unsetenv("TZ");
 }

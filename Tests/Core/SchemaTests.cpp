@@ -83,8 +83,9 @@ TEST_F(Schema, KeepsWhatSucceededBeforeAFailureUnlessSQLiteRollsBack) {
   EXPECT_EQ(refused(third, "ABORT"), "Erro no banco: refused");
   EXPECT_EQ(each("name", "destino"), "Ideias soltas;Corvane;");
   EXPECT_EQ(each("key", "meta"), "");
-  other.execute("DROP TRIGGER refusal");
+  other.execute("DROP TRIGGER refusal; DROP TRIGGER recado_sync_delete");
   TroviStore again(file);
+  EXPECT_EQ(each("dirty || (SELECT count(*) FROM sqlite_schema WHERE type = 'trigger')"), "14;");
   EXPECT_EQ(each("name", "destino ORDER BY sort"),
             "Ideias soltas;Ideias soltas;Corvane;Corvane;Roadmap;");
   EXPECT_EQ(each("key", "meta"), "seeded;");

@@ -32,23 +32,22 @@ TEST_F(Sync, OffersMarkedMessagesOldestRecordingFirst) {
   EXPECT_EQ(offered(), "A2;");
   // With the time of the state, or else of the recording.
   other.execute(
-      "UPDATE recado SET updated_at = IIF(id = 'b', 5000.5, NULL), dirty = 2;"
+      "UPDATE recado SET updated_at = IIF(id = 'b', 500.5, NULL), dirty = 2;"
       "UPDATE recado SET created_at = 'x', dirty = 'x' WHERE id = 'a'");
   const auto uploads = store.pendingUploads(-1);
   EXPECT_EQ(uploads.at(0).recado, tests::someRecado("b", 1000));
-  EXPECT_EQ(uploads.at(0).updatedAt, 5000.5);
+  EXPECT_EQ(uploads.at(0).updatedAt, 500.5);
   EXPECT_EQ(uploads.at(1).updatedAt, 2000);
   EXPECT_EQ(uploads.at(2).updatedAt, 0);
   EXPECT_EQ(uploads.at(2).version, 0);
 }
 
 TEST_F(Sync, MarksAMessageAsUploadedOnlyInTheVersionThatWasRead) {
-  store.setStatus("a", RecadoStatus::pego);
-  store.markUploaded({{.id = "a", .version = 2}, {.id = "x", .version = 2}});
+  store.setStatus("a", RecadoStatus::transcrevendo);
+  store.markUploaded({{.id = "a", .version = 2}, {.id = "A", .version = 3}});
   EXPECT_EQ(offered(), "b2;A2;a3;");
   refuse("UPDATE ON recado WHEN OLD.id = 'A'");
-  const std::vector<UploadedVersion> all{
-      {.id = "a", .version = 3}, {.id = "A", .version = 2}, {.id = "b", .version = 2}};
+  const std::vector<UploadedVersion> all{{"x", 2}, {"a", 3}, {"A", 2}, {"b", 2}};
   EXPECT_THROW(store.markUploaded(all), DatabaseError);
   EXPECT_EQ(offered(), "b2;A2;");
 }
@@ -111,7 +110,7 @@ TEST_F(Sync, KeepsMetadataAndTellsAnEmptyTextFromNone) {
   EXPECT_EQ(store.meta("K"), "2");
   store.setMeta("k", {});
   EXPECT_EQ(store.meta("k"), std::nullopt);
-  EXPECT_EQ(each("key || value", "meta"), "seeded1;K2;");
+  EXPECT_EQ(each("key || IFNULL(value, '-')", "meta"), "seeded1;K2;");
   other.execute("UPDATE meta SET value = NULL");
   EXPECT_EQ(store.meta("K"), std::nullopt);
 }

@@ -17,16 +17,17 @@ void expectTitles(const std::vector<std::pair<std::string, std::string>>& cases)
 TEST(Title, IsTheFirstSentenceAsItWasSpoken) {
   expectTitles({{"", "Recado sem fala"},
                 {"\t\n\v\f\u00A0\u0085\u2028\u3000 \r\n", "Recado sem fala"},
-                {"\u200B", "\u200B"},
+                {"\u200B\x1C", "\u200B\x1C"},
                 {" \u2029Ligar para o João?\nUrgente!", "Ligar para o João"},
                 {"...comprar pão! E leite.", "comprar pão"},
-                {"... comprar pão .", " comprar pão "},
+                {"... . comprar pão .", " "},
                 {"?!", "?!"},
                 {"um\r\ndois\n\rtrês", "um\r\ndois"},
                 {"um.\u0301 dois. três", "um.\u0301 dois"},
                 {"um\n\u0301dois", "um"},
-                {"um\u3002dois\uFF01três\u2026", "um\u3002dois\uFF01três\u2026"},
+                {"um\u3002dois\uFF01três\u2026;", "um\u3002dois\uFF01três\u2026;"},
                 {"um\xFF. dois", "um\uFFFD"}});
+  EXPECT_EQ(TroviText::trimmed("\u2028um\xFF\n"), "um\uFFFD");
 }
 
 TEST(Title, IsCutBeforeTheLastSpaceOfItsFirst60Characters) {
@@ -76,7 +77,7 @@ TEST(Mention, PrefersLongerNamesThenTheOrderOfTheList) {
   expectMentioned("Obra0", {"Obra", "A\u0301c\u0327a\u0303o"}, {"pra acao ou pra obra"});
   expectMentioned("strasse1", {"Straße", "strasse"}, {"pra aaa ou pra strasse"});
   expectMentioned("Casa1", {"", "Casa"}, {"pra casa"});
-  expectMentioned("-", {""}, {"pra "});
+  expectMentioned("-", {"", "Casa "}, {"pra ", "pra casa"});
 }
 
 TEST(Mention, NeverCutsACharacter) {
@@ -89,7 +90,7 @@ TEST(Mention, NeverCutsACharacter) {
 }
 
 TEST(Mention, IsLookedForInTheFirst160Characters) {
-  for (const std::string_view filler : {"x", "x\u0301", "👩\u200D👩\u200D👧\u200D👦"}) {
+  for (const std::string_view filler : {"x", "x\u0301", "ß", "👩\u200D👩\u200D👧\u200D👦"}) {
     expectMentioned("Casa0", {"Casa"}, {repeated(filler, 152) + "pra casa."});
     expectMentioned("-", {"Casa"}, {repeated(filler, 153) + "pra casa."});
   }

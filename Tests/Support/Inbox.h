@@ -53,6 +53,7 @@ std::string databaseError(Work&& work) {
   try {
     work();
   } catch (const DatabaseError& error) {
+    EXPECT_NE(error.code(), 0);
     return error.description();
   }
   ADD_FAILURE() << "nothing was thrown";
