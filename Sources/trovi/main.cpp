@@ -105,9 +105,9 @@ void confirm(Inbox& inbox, const std::string& id) { printLines(inbox, "recado.id
 
 /// The message with this id, or the only one whose id begins so.
 Recado found(Inbox& inbox, const std::string& id) {
-  const auto rows = inbox.rows(R"(SELECT id FROM recado WHERE ?1 <> ''
-      AND substr(id, 1, length(?1)) = ?1 COLLATE NOCASE ORDER BY id <> ?1, id)",
-                               id);
+  constexpr const char* beginning = R"(SELECT id FROM recado WHERE ?1 <> ''
+      AND substr(id, 1, length(?1)) = ?1 COLLATE NOCASE ORDER BY id <> ?1, id)";
+  const auto rows = inbox.rows(beginning, id);
   if (rows.empty())
     throw Failure("nenhum recado tem o id \"" + id + "\"; para ver os ids: trovi list todos");
   const std::string first = rows[0].stringValue("id").value_or("");
@@ -223,12 +223,13 @@ void recognise(Inbox& inbox, const Recado& recado, Words command) {
     const auto current = inbox.recado(id);
     if (!current || !waitsForText(*current))
       throw Failure(id + " mudou enquanto isso e fica como está; " + outcome);
-    const Recado draft = drafted(inbox, text);
-    const auto destinoID = draft.destinoID ? draft.destinoID : current->destinoID;
-    if (failure.empty())
+    if (failure.empty()) {
+      const Recado draft = drafted(inbox, text);
+      const auto destinoID = draft.destinoID ? draft.destinoID : current->destinoID;
       inbox.finishTranscription({id, text, draft.title, destinoID, current->language});
-    else
+    } else {
       inbox.setStatus(id, falhou);
+    }
     inbox.commit();
   } catch (const DatabaseError& error) {
     throw Failure(error.what() + ("; " + outcome) + "; tente outra vez: " + retry);

@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <stdexcept>
@@ -16,7 +15,7 @@ ServerProcess::ServerProcess(const std::string& shell, bool nonBlocking) {
   std::signal(SIGPIPE, SIG_IGN);  // a server that has ended shows in its exit status
   std::array<int, 2> input{};
   std::array<int, 2> output{};
-  if (pipe(input.data()) + pipe(output.data()) < 0) throw std::runtime_error("no pipe");
+  if (pipe(input.data()) != 0 || pipe(output.data()) != 0) throw std::runtime_error("no pipe");
   for (const int end : {input[0], output[1]}) {
     if (nonBlocking) fcntl(end, F_SETFL, fcntl(end, F_GETFL) | O_NONBLOCK);
   }
@@ -47,9 +46,10 @@ ServerProcess::~ServerProcess() {
 }
 
 void ServerProcess::sendBytes(std::string_view bytes) const {
-  for (ssize_t sent = 0; !bytes.empty() && sent >= 0;) {  // negative: nobody reads any more
-    sent = ::write(input_, bytes.data(), bytes.size());
-    bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
+  while (!bytes.empty()) {
+    const auto count = ::write(input_, bytes.data(), bytes.size());
+    if (count < 0) return;  // nobody reads any more
+    bytes.remove_prefix(static_cast<std::size_t>(count));
   }
 }
 
